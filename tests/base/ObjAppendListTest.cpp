@@ -1,0 +1,57 @@
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <limits>
+#include <new>
+#include <numeric>
+#include <vector>
+
+#include "base/ObjAppendList.h"
+
+namespace {
+
+struct Counted {
+    explicit Counted(int& deleted) : deleted_(deleted) {}
+    ~Counted() { ++deleted_; }
+    int& deleted_;
+};
+
+}  // namespace
+
+TEST(ObjAppendList, GrowsByTheLargerOfNeedAndIncrement) {
+    std::vector<double> values(100);
+    std::iota(values.begin(), values.end(), 7.5);
+    for (const long increment : {-5L, 1L, 10L, 64L}) {
+        vek::ObjAppendList<double> list(increment);
+        EXPECT_EQ(list.data(), nullptr);
+        std::vector<double> expected;
+        long free = 0;
+        // 0 stands for a single append.
+        for (const long n : {0L, 0L, 3L, -1L, 60L, 0L, 100L, 0L, 0L}) {
+            const long added = n == 0 ? 1 : std::max(n, 0L);
+            free += (added > free ? std::max(added - free, increment) : 0) - added;
+            n == 0 ? list.append(values[0]) : list.append(values.data(), n);
+            expected.insert(expected.end(), values.begin(), values.begin() + added);
+            ASSERT_EQ(list.freeSlots(), free) << increment;
+            ASSERT_EQ(std::vector<double>(&list[0], &list[0] + list.count()), expected);
+            ASSERT_EQ(std::count(&list[0] + list.count(), &list[0] + list.count() + free, 0.0),
+                      free);
+        }
+    }
+}
+
+TEST(ObjAppendList, FailedGrowthKeepsTheList) {
+    vek::ObjAppendList<double> list(std::numeric_limits<long>::max());
+    EXPECT_THROW(list.append(1.5), std::bad_alloc);
+    EXPECT_EQ(list.count() + list.freeSlots(), 0);
+}
+
+TEST(ObjAppendListP, DeletesEachObjectOnce) {
+    int deleted = 0;
+    {
+        vek::ObjAppendListP<Counted> list;
+        auto* twice = new Counted(deleted);
+        Counted* const all[] = {twice, nullptr, twice, new Counted(deleted)};
+        list.append(all, 4);
+    }
+    EXPECT_EQ(deleted, 2);
+}
