@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "markup/DocFlags.h"
+#include "markup/TextArg.h"
+
+/// Flags of EscapeText. Not to be mixed with the document's flags: 0x100 means something else
+/// there.
+enum EscapeFlags : int {
+    EscapeFlagKeepRefs = 8,   ///< an "&" that begins a well-formed reference stays as it is
+    EscapeFlagQuotes = 0x100  ///< quotes are escaped too, as attribute values need
+};
+
+/// Turns character and entity references into UTF-8 characters. Of the document's flags only
+/// DocFlagTrimWhitespace and DocFlagCollapseWhitespace count. White space that a reference yields
+/// counts as text. An "&" that begins no known reference is kept. `length` is in bytes and limited
+/// to the text; negative means up to the NUL.
+std::string UnescapeText(TextArg text, int length, int flags);
+
+/// UnescapeText on the whole view, embedded NULs included, appended to `out`. What `out` holds
+/// already has no influence on trimming.
+void x_AppendUnescaped(std::string& out, std::string_view text, int flags);
+
+/// Replaces "<", "&" and ">" by entity references, with EscapeFlagQuotes both quotes too. Embedded
+/// NULs and bytes of any encoding are copied.
+std::string EscapeText(TextArg text, int flags);
+
+/// Wraps a text in a CDATA section, split wherever the text holds the section's end mark.
+std::string x_EncodeCDATASection(TextArg text);
