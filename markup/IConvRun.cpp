@@ -1,0 +1,118 @@
+#include "markup/IConvRun.h"
+
+#include <errno.h>
+
+#include <algorithm>
+
+namespace {
+
+// Room for any one character with the shift sequences around it (the longest known takes 5 bytes).
+constexpr std::size_t leastScratchRoom = 10;
+
+}  // namespace
+
+IConvRun::IConvRun(iconv_t converter, std::span<const char> source, std::span<char> target,
+                   Units units)
+    : converter_(converter),
+      input_(const_cast<char*>(source.data())),
+      inputLeft_(source.size()),
+      output_(target.data()),
+      room_(target.size()),
+      units_(units),
+      counting_(target.data() == nullptr) {
+    if (counting_) {
+        x_RestartScratch();
+    }
+}
+
+void IConvRun::run() {
+    while (inputLeft_ > 0 && x_Step()) {
+    }
+    // The end of the text may still need output: the rest of a UTF-7 group, a shift back to ASCII.
+    if (error_ != E2BIG) {
+        x_Call(nullptr, nullptr);
+    }
+}
+
+// Converts up to the next fault, or a piece, and passes over it; false when the run is over.
+bool IConvRun::x_Step() {
+    const std::size_t piece = counting_ ? std::min(inputLeft_, units_.countingPiece) : inputLeft_;
+    const bool moreToCome = piece < inputLeft_;
+    const std::size_t bytesBefore = bytes_;
+    std::size_t pieceLeft = piece;
+    x_Call(&input_, &pieceLeft);
+    const bool full = error_ == E2BIG && !counting_ && !x_CallByScratch(&pieceLeft);
+    const bool progress = !full && (pieceLeft < piece || bytes_ > bytesBefore);
+    inputLeft_ -= piece - pieceLeft;
+    switch (error_) {
+        case 0:
+            return progress;
+        case EILSEQ:
+            // With a target such as "ASCII//IGNORE" the error comes after all input was taken.
+            return inputLeft_ > 0 && x_ReplaceUnit();
+        case E2BIG:
+            if (counting_) {
+                x_RestartScratch();
+            }
+            return progress;
+        case EINVAL:  // a character cut off at the end, be it only that of the piece
+            return moreToCome && progress;
+        default:  // nothing else is worth another try
+            return false;
+    }
+}
+
+// Calls again through the scratch buffer when the target is nearly full: some converters (to
+// EUC-JP, for one) want more room than the character takes, or before they find that there is none.
+// False, with nothing written, when the target really is full.
+bool IConvRun::x_CallByScratch(std::size_t* inputLeft) {
+    const std::span<char> target(output_, room_);
+    const std::size_t bytesBefore = bytes_;
+    output_ = scratch_.data();
+    room_ = std::min(target.size() + leastScratchRoom, scratch_.size());
+    x_Call(&input_, inputLeft);
+    const std::size_t produced = bytes_ - bytesBefore;
+    const bool fits = produced <= target.size();
+    const std::size_t taken = fits ? produced : 0;
+    std::copy_n(scratch_.data(), taken, target.data());
+    output_ = target.data() + taken;
+    room_ = target.size() - taken;
+    bytes_ = bytesBefore + taken;
+    error_ = fits ? error_ : E2BIG;
+    return fits;
+}
+
+// Skips a source unit and writes "?" for it. The shift state is reset first and with its output, so
+// that the "?" doesn't end up inside a run of two-byte characters.
+bool IConvRun::x_ReplaceUnit() {
+    const std::size_t skipped = std::min(units_.source, inputLeft_);
+    input_ += skipped;
+    inputLeft_ -= skipped;
+    x_Call(nullptr, nullptr);
+    if (error_ == E2BIG || room_ < units_.target) {
+        error_ = E2BIG;
+        return false;
+    }
+    std::fill_n(output_, units_.target, '\0');
+    output_[units_.targetOrder == std::endian::little ? 0 : units_.target - 1] = '?';
+    output_ += units_.target;
+    room_ -= units_.target;
+    bytes_ += units_.target;
+    return true;
+}
+
+void IConvRun::x_Call(char** input, std::size_t* inputLeft) {
+    if (counting_ && room_ < leastScratchRoom) {
+        x_RestartScratch();
+    }
+    const std::size_t roomBefore = room_;
+    const std::size_t count = ::iconv(converter_, input, inputLeft, &output_, &room_);
+    error_ = count == static_cast<std::size_t>(-1) ? errno : 0;
+    bytes_ += roomBefore - room_;
+    irreversible_ += error_ == 0 ? count : 0;
+}
+
+void IConvRun::x_RestartScratch() {
+    output_ = scratch_.data();
+    room_ = scratch_.size();
+}

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "markup/TextArg.h"
+
+/// One conversion of a buffer from one named encoding to another. UTF-8, UTF-16 and 32-bit
+/// characters are converted among themselves by codecs of its own, every other pair (UTF-8 to UTF-8
+/// included) by the system's iconv.
+///
+/// Conversion takes two calls of PerformConversion: one with a null target that measures, and one
+/// with a buffer of the measured number of target units. The unit of UTF-16 is 2 bytes, that of the
+/// 32-bit form 4, of everything else 1. Nothing but std::bad_alloc is thrown.
+class TextEncoding {
+  public:
+    /// Bytes that IConvName may write.
+    static constexpr int iconvNameBufferSize = 104;
+
+    /// Prepares the conversion of `sourceLength` source units. The source is not owned; it must be
+    /// aligned for its unit and outlive the object. A null source or a negative length is an empty
+    /// source.
+    TextEncoding(TextArg fromEncoding, const void* source, int sourceLength);
+
+    /// Converts into `target`, or only measures when it is null, and returns the number of target
+    /// units. A name that is not null becomes the target encoding; a null one keeps the one stored.
+    /// What can't be converted becomes "?". Returns 0 when there is no converter for the pair or
+    /// the result would be longer than INT32_MAX units.
+    /// Requires: `target` has room for the units that a measuring call returned.
+    int PerformConversion(void* target, TextArg toEncoding);
+
+    /// Tells whether iconv has a converter for the pair. Names of 100 bytes or more have none.
+    static bool CanConvert(TextArg toEncoding, TextArg fromEncoding);
+
+    /// Converts through iconv to the stored target encoding, with the given bytes per unit; target
+    /// and result as in PerformConversion, but no more than outputCount() units are written
+    /// (measured first when that is 0). Failed characters are added to those counted before.
+    /// Requires: both units are 1, 2 or 4.
+    int IConv(void* target, int targetUnit, int sourceUnit);
+
+    /// Writes the NUL-terminated name as iconv is given it and returns `buffer`: a to z become
+    /// upper case and plain "UTF-16" becomes "UTF-16BE".
+    /// Requires: the name is shorter than 100 bytes; `buffer` holds iconvNameBufferSize bytes.
+    static char* IConvName(char* buffer, TextArg name);
+
+    /// Sets `trailingBytes` to the number of bytes at the end of the source that form an incomplete
+    /// character. Returns false, with 0, when there is no converter that could tell.
+    bool FindRaggedEnd(int& trailingBytes) const;
+
+    /// Units produced (or measured) by the last conversion.
+    int outputCount() const { return outputCount_; }
+
+    /// Characters that iconv reported as converted irreversibly by the last conversion. What became
+    /// "?" is not counted: that is required, callers report a loss only for what iconv reports.
+    int failedCharacters() const { return failedCharacters_; }
+
+    /// True when the last conversion gave 0 because its result would be longer than INT32_MAX.
+    bool isTooLong() const { return tooLong_; }
+
+  private:
+    int x_Convert(void* target);
+    int x_FromUTF8(void* target, int toCodePage);
+    int x_Coded(int count);
+    int x_FromUTF16(void* target, int toCodePage);
+    int x_FromUTF32(void* target, int toCodePage);
+    int x_FromOther(void* target, int toCodePage);
+    int x_ToUTF32(void* target);
+    int x_IConv(TextArg toEncoding, void* target, int room, int targetUnit, int sourceUnit);
+    int x_RaggedUTF8() const;
+    bool x_RaggedMultibyte(int& trailingBytes) const;
+
+    template <class Unit>
+    const Unit* x_Source() const {
+        return static_cast<const Unit*>(source_);
+    }
+
+    std::string toEncoding_;
+    std::string fromEncoding_;
+    const void* source_;
+    int sourceLength_;          // in source units
+    int outputCount_ = 0;       // in target units
+    int failedCharacters_ = 0;  // of the last conversion
+    bool tooLong_ = false;      // the last conversion's result would have been
+};
+
+/// Converts a text from the platform's default character set to UTF-8.
+std::string AToUTF8(TextArg text);
+
+/// Converts a text from UTF-8 to the platform's default character set; stores the number of
+/// characters that iconv reported as lost when the pointer is given.
+std::string UTF8ToA(TextArg text, int* failedCharacters = nullptr);
