@@ -1,0 +1,38 @@
+#include "markup/ElemPosTree.h"
+
+#include <algorithm>
+
+void ElemPosTree::GrowElemPosTree(int newSize) {
+    if (newSize <= size_) {
+        return;
+    }
+    const std::size_t last = size_ == 0 ? 0 : page(size_ - 1);
+    const std::size_t pageCount = last + 1;
+    std::size_t target = page(newSize - 1);
+    if (target > pageCount) {
+        target = pageCount;
+        newSize = static_cast<int>((pageCount + 1) << pageBits);
+    }
+    const int usedInLast = size_ - static_cast<int>(last << pageBits);
+    if (target >= pages_.capacity()) {
+        pages_.reserve(target * 2 + 4);
+    }
+    pages_.resize(std::max(pages_.size(), target + 1));
+    if (target > last && usedInLast < pageRecords) {
+        replacePage(last, usedInLast, pageRecords);
+    }
+    replacePage(target, target == last ? usedInLast : 0,
+                newSize - static_cast<int>(target << pageBits));
+    size_ = newSize;
+}
+
+void ElemPosTree::Clear() {
+    std::vector<std::unique_ptr<ElemPos[]>>().swap(pages_);
+    size_ = 0;
+}
+
+void ElemPosTree::replacePage(std::size_t index, int keep, int records) {
+    auto fresh = std::make_unique_for_overwrite<ElemPos[]>(static_cast<std::size_t>(records));
+    std::copy_n(pages_[index].get(), keep, fresh.get());
+    pages_[index] = std::move(fresh);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "markup/ElemPos.h"
+
+/// The element position records of a document, in pages of 65,536, so that growth never moves more
+/// than one page. Records are addressed by index; what a fresh record holds is not defined.
+class ElemPosTree {
+  public:
+    static constexpr int pageBits = 16;
+    static constexpr int pageRecords = 1 << pageBits;
+
+    /// Number of records that may be addressed.
+    int size() const { return size_; }
+
+    /// Record `index`. Requires: 0 <= index < size().
+    ElemPos& operator[](int index) { return pages_[page(index)][slot(index)]; }
+    const ElemPos& operator[](int index) const { return pages_[page(index)][slot(index)]; }
+
+    /// Grows to `newSize` records, but by no more than one page beyond the current last one: the
+    /// caller repeats until `size()` is enough. Does nothing when newSize is not above size().
+    void GrowElemPosTree(int newSize);
+
+    /// Frees every page.
+    void Clear();
+
+  private:
+    static std::size_t page(int index) { return static_cast<std::size_t>(index) >> pageBits; }
+    static std::size_t slot(int index) {
+        return static_cast<std::size_t>(index) & (pageRecords - 1);
+    }
+    void replacePage(std::size_t index, int keep, int records);
+
+    std::vector<std::unique_ptr<ElemPos[]>> pages_;
+    int size_ = 0;
+};

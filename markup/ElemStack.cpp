@@ -1,0 +1,40 @@
+#include "markup/ElemStack.h"
+
+#include <algorithm>
+
+#include "markup/NameCompare.h"
+
+int ElemStack::PushTagAndCount(std::string_view name) {
+    const int slot = CalcSlot(name.data(), static_cast<int>(name.size()), ignoreCase_);
+    int& head = slots_[static_cast<std::size_t>(slot)];
+    ++depth_;
+    for (int index = head; index != 0;) {
+        Tag& tag = tags_[static_cast<std::size_t>(index) - 1];
+        if (tag.parent == current_ && x_NamesEqual(tag.name, name, ignoreCase_)) {
+            current_ = index;
+            return ++tag.count;
+        }
+        index = tag.nextInSlot;
+    }
+    if (tags_.size() == tags_.capacity()) {
+        Alloc(std::max(initialTags, 2 * static_cast<int>(tags_.size())));
+    }
+    tags_.push_back({std::string(name), 1, current_, head});
+    current_ = head = static_cast<int>(tags_.size());
+    return 1;
+}
+
+void ElemStack::PopTag() {
+    if (current_ != 0) {
+        current_ = tags_[static_cast<std::size_t>(current_) - 1].parent;
+        --depth_;
+    }
+}
+
+int ElemStack::CalcSlot(const char* name, int length, bool ignoreCase) {
+    if (name == nullptr || length <= 0) {
+        return 0;
+    }
+    const std::string_view text(name, static_cast<std::size_t>(length));
+    return static_cast<int>(x_ByteSum(text, ignoreCase) % unsigned{slotCount});
+}

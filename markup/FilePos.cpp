@@ -1,0 +1,296 @@
+#include "markup/FilePos.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <string_view>
+
+#include "markup/DocFlags.h"
+#include "markup/EncodingNameTable.h"
+#include "markup/Markup.h"
+#include "markup/ResultLog.h"
+#include "markup/TextEncoding.h"
+
+namespace {
+
+constexpr int openStateFlags = DocFlagReadFile | DocFlagWriteFile | DocFlagAppendFile;
+/// How much of a file is searched for its encoding.
+constexpr std::size_t probeLength = 1024;
+constexpr std::size_t maxErrorText = 100;
+
+struct Bom {
+    std::string_view bytes;
+    std::string_view encoding;
+    int flag;
+};
+
+constexpr std::array<Bom, 3> bomTable{{
+    {"\xEF\xBB\xBF", "UTF-8", DocFlagUtf8Preamble},
+    {"\xFF\xFE", "UTF-16LE", DocFlagUtf16LeFile},
+    {"\xFE\xFF", "UTF-16BE", DocFlagUtf16BeFile},
+}};
+
+const Bom* findBom(std::string_view bytes) {
+    for (const Bom& row : bomTable) {
+        if (bytes.starts_with(row.bytes)) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
+/// Closes up the zero units of a text, in order, and returns how many units are left.
+template <class Unit>
+int removeNulls(Unit* text, int length) {
+    Unit* const end = text + length;
+    Unit* kept = std::find(text, end, Unit{});
+    for (Unit* run = kept; run != end;) {
+        run = std::find_if(run, end, [](Unit unit) { return unit != 0; });
+        Unit* const runEnd = std::find(run, end, Unit{});
+        kept = std::copy(run, runEnd, kept);
+        run = runEnd;
+    }
+    return static_cast<int>(kept - text);
+}
+
+/// The encoding to convert from. A byte file that claims to be UTF-16 or UTF-32 is neither: the
+/// claim could be read as bytes.
+std::string_view sourceEncoding(std::string_view declared) {
+    const int codePage = x_GetEncodingCodePage(declared);
+    return codePage == CodePageUtf16 || codePage == CodePageUtf32 ? "UTF-8" : declared;
+}
+
+}  // namespace
+
+int x_EndianSwapRequired(int flags) {
+    return (flags & DocFlagUtf16BeFile) != 0 ? 1 : 0;
+}
+
+void x_EndianSwapUTF16(unsigned short* units, int length) {
+    while (length-- > 0) {
+        const unsigned unit = units[length];
+        units[length] = static_cast<unsigned short>(unit << 8 | unit >> 8);
+    }
+}
+
+bool FilePos::isUtf16() const {
+    return (docFlags & (DocFlagUtf16LeFile | DocFlagUtf16BeFile)) != 0;
+}
+
+bool FilePos::FileErrorAddResult() {
+    return FileErrorAddResult(errno == 0 ? EIO : errno);
+}
+
+bool FilePos::FileErrorAddResult(int number) {
+    std::string_view text = std::strerror(number);
+    text = text.substr(0, maxErrorText);
+    text = text.substr(0, text.find_first_of("\r\n"));
+    x_AddResult(ioResult, "file_error", text, RESULT_MSG | RESULT_NUMBER, number);
+    return false;
+}
+
+bool FilePos::FileOpen(TextArg path) {
+    ioResult.clear();
+    errno = 0;
+    file_.reset(std::fopen(std::string(path.view()).c_str(), "rb"));
+    if (!file_) {
+        return FileErrorAddResult();
+    }
+    charUnitSize = 1;
+    if (!x_Measure() || (fileByteLength != 0 && !x_FindEncoding())) {
+        FileErrorAddResult();
+        file_.reset();
+        return false;
+    }
+    return true;
+}
+
+bool FilePos::x_SeekTo(std::int64_t offset, int whence) {
+    errno = 0;
+    return fseeko(file_.get(), offset, whence) == 0;
+}
+
+bool FilePos::x_Measure() {
+    if (!x_SeekTo(0, SEEK_END)) {
+        return false;
+    }
+    fileByteLength = ftello(file_.get());
+    return fileByteLength >= 0 && x_SeekTo(0, SEEK_SET);
+}
+
+bool FilePos::x_FindEncoding() {
+    std::array<char, probeLength> probe;
+    const auto length =
+        static_cast<std::size_t>(std::min<std::int64_t>(fileByteLength, probeLength));
+    errno = 0;
+    if (std::fread(probe.data(), length, 1, file_.get()) != 1) {
+        return false;
+    }
+    const std::string_view bytes(probe.data(), length);
+    // Bit 128 stays as it came in, and with it a file after a UTF-16BE one in the same document is
+    // read as UTF-16: this is required.
+    docFlags &= ~(DocFlagUtf16LeFile | DocFlagUtf8Preamble);
+    const Bom* const bom = findBom(bytes);
+    if (bom != nullptr) {
+        docFlags |= bom->flag;
+        charUnitSize = bom->bytes.size() == 2 ? 2 : 1;
+        encoding = bom->encoding;
+        fileByteOffset = static_cast<std::int64_t>(bom->bytes.size());
+        x_AddResult(ioResult, "bom");
+    } else {
+        encoding = MarkupDocument::GetDeclaredEncoding(bytes);
+        if (encoding.empty() && bytes.front() == '<') {
+            encoding = "UTF-8";
+        }
+    }
+    return x_SeekTo(fileByteOffset, SEEK_SET);
+}
+
+bool FilePos::FileClose() {
+    if (!file_) {
+        return false;
+    }
+    errno = 0;
+    const bool closed = std::fclose(file_.release()) == 0;
+    docFlags &= ~openStateFlags;
+    return closed || FileErrorAddResult();
+}
+
+bool FilePos::FileReadText(std::string& text) {
+    ioResult.clear();
+    text.clear();
+    if (opByteLength == 0) {
+        x_AddResult(ioResult, "read", encoding, RESULT_ENCODING | RESULT_LENGTH, 0);
+        return true;
+    }
+    const bool mayBeRagged = opByteLength < remaining();
+    if (!mayBeRagged) {
+        opByteLength = static_cast<int>(remaining());
+    }
+    if (isUtf16()) {
+        return x_ReadUtf16(text, mayBeRagged);
+    }
+    const bool assumedUtf8 = encoding.empty();
+    if (assumedUtf8) {
+        encoding = "UTF-8";
+    }
+    return TextEncoding::CanConvert("UTF-8", encoding)
+               ? x_ReadConverted(text, mayBeRagged)
+               : x_ReadUnconverted(text, assumedUtf8, mayBeRagged);
+}
+
+bool FilePos::FileRead(void* buffer) {
+    const auto wanted = static_cast<std::size_t>(opByteLength);
+    errno = 0;
+    const std::size_t got = std::fread(buffer, 1, wanted, file_.get());
+    opTextLength = static_cast<int>(got) / charUnitSize;
+    if (got < wanted) {
+        const bool failed = FileErrorAddResult();
+        std::memset(static_cast<char*>(buffer) + got, 0, wanted - got);
+        return failed;
+    }
+    fileByteOffset += opByteLength;
+    x_AddResult(ioResult, "read", encoding, RESULT_ENCODING | RESULT_LENGTH, opTextLength);
+    const int kept = charUnitSize == 2
+                         ? removeNulls(static_cast<unsigned short*>(buffer), opTextLength)
+                         : removeNulls(static_cast<char*>(buffer), opTextLength);
+    if (kept != opTextLength) {
+        x_AddResult(ioResult, "nulls_removed", nullptr, RESULT_COUNT, opTextLength - kept);
+        opTextLength = kept;
+    }
+    if (charUnitSize == 2 && x_EndianSwapRequired(docFlags) != 0) {
+        x_EndianSwapUTF16(static_cast<unsigned short*>(buffer), opTextLength);
+        x_AddResult(ioResult, "endian_swap");
+    }
+    return true;
+}
+
+bool FilePos::FileCheckRaggedEnd(void* buffer) {
+    TextEncoding end(encoding, buffer, opTextLength);
+    int trailingBytes = 0;
+    if (!end.FindRaggedEnd(trailingBytes)) {
+        x_AddResult(ioResult, "truncation_error", encoding.empty() ? "ANSI" : encoding,
+                    RESULT_ENCODING);
+    } else if (trailingBytes != 0) {
+        fileByteOffset -= trailingBytes;
+        x_SeekTo(fileByteOffset, SEEK_SET);
+        opByteLength -= trailingBytes;
+        opTextLength -= trailingBytes / charUnitSize;
+        x_AddResult(ioResult, "read", nullptr, RESULT_MODIFY | RESULT_LENGTH, opTextLength);
+    }
+    return true;
+}
+
+bool FilePos::x_ReadUtf16(std::string& text, bool mayBeRagged) {
+    const auto units = static_cast<std::size_t>(opByteLength) / 2 + 1;
+    const auto buffer = std::make_unique_for_overwrite<unsigned short[]>(units);
+    const bool isRead = FileRead(buffer.get());
+    if (mayBeRagged) {
+        FileCheckRaggedEnd(buffer.get());
+    }
+    // With flag 128 left over from an earlier file the unit is still a byte.
+    return x_ConvertToUtf8(text, "UTF-16", buffer.get(), opTextLength * charUnitSize / 2) && isRead;
+}
+
+bool FilePos::x_ReadConverted(std::string& text, bool mayBeRagged) {
+    const auto buffer =
+        std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(opByteLength));
+    const bool isRead = FileRead(buffer.get());
+    if (mayBeRagged) {
+        FileCheckRaggedEnd(buffer.get());
+    }
+    return x_ConvertToUtf8(text, sourceEncoding(encoding), buffer.get(), opTextLength) && isRead;
+}
+
+bool FilePos::x_ReadUnconverted(std::string& text, bool assumedUtf8, bool mayBeRagged) {
+    text.resize(static_cast<std::size_t>(opByteLength));
+    bool isRead = FileRead(text.data());
+    const bool convertAgain = assumedUtf8 && x_DetectEncoding(text, mayBeRagged);
+    if (mayBeRagged) {
+        FileCheckRaggedEnd(text.data());
+    }
+    text.resize(static_cast<std::size_t>(opTextLength));
+    if (convertAgain) {
+        std::string converted;
+        isRead = x_ConvertToUtf8(converted, encoding, text.data(), opTextLength) && isRead;
+        text.swap(converted);
+    }
+    if (assumedUtf8) {
+        x_AddResult(ioResult, "utf8_detection");
+    }
+    return isRead;
+}
+
+/// Takes a text assumed to be UTF-8 as what it proves to be, else as the platform's default
+/// character set; true when it then has to be converted.
+bool FilePos::x_DetectEncoding(const std::string& text, bool mayBeRagged) {
+    int nonAscii = 0;
+    bool errorAtEnd = false;
+    const bool isUtf8 =
+        MarkupDocument::DetectUTF8(text.data(), opByteLength, &nonAscii, &errorAtEnd) ||
+        (errorAtEnd && mayBeRagged);
+    encoding = isUtf8 ? "UTF-8" : "";
+    if (isUtf8) {
+        x_AddResult(ioResult, "read", encoding, RESULT_MODIFY | RESULT_ENCODING);
+    }
+    return !isUtf8 && nonAscii != 0;
+}
+
+/// Converts a text and adds what came of it to the log. False, with a "file_error", when the result
+/// would be too long for a document.
+bool FilePos::x_ConvertToUtf8(std::string& text, TextArg from, const void* source, int units) {
+    TextEncoding conversion(from, source, units);
+    const int length = conversion.PerformConversion(nullptr, "UTF-8");
+    if (conversion.isTooLong()) {
+        return FileErrorAddResult(EFBIG);
+    }
+    text.resize(static_cast<std::size_t>(length));
+    conversion.PerformConversion(text.data(), nullptr);
+    x_AddResult(ioResult, "converted_to", "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
+    if (conversion.failedCharacters() != 0) {
+        x_AddResult(ioResult, "conversion_loss");
+    }
+    return true;
+}

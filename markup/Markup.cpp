@@ -1,0 +1,106 @@
+#include "markup/Markup.h"
+
+#include <climits>
+#include <cstring>
+
+#include "markup/EncodingNameTable.h"
+#include "markup/ResultLog.h"
+#include "markup/TextEncoding.h"
+#include "markup/UnicodeCodec.h"
+
+MarkupDocument::MarkupDocument() {
+    x_InitMarkup();
+    SetDoc(nullptr);
+}
+
+void MarkupDocument::x_InitMarkup() {
+    docFlags_ = 0;
+    pos_ = {};
+    freePos_ = 0;
+    deletedPos_ = 0;
+    savedPos_.RemoveAll();
+    tree_.Clear();
+}
+
+bool MarkupDocument::SetDoc(const char* text) {
+    if (text != nullptr) {
+        return SetDoc(std::string(text));
+    }
+    if (inFileMode()) {
+        return false;
+    }
+    docText_.clear();
+    tree_.Clear();
+    resultText_.clear();
+    return x_ParseDoc();
+}
+
+bool MarkupDocument::SetDoc(const std::string& text) {
+    if (text.size() > INT_MAX) {
+        return SetDoc(nullptr);
+    }
+    if (inFileMode()) {
+        return false;
+    }
+    docText_ = text;
+    resultText_.clear();
+    return x_ParseDoc();
+}
+
+bool MarkupDocument::IsWellFormed() const {
+    if (hasFlag(DocFlagWriteFile)) {
+        return true;
+    }
+    if (x_RecordCount() == 0) {
+        return false;
+    }
+    const ElemPos& document = tree_[0];
+    if (document.hasFlag(ElemFlagIllFormed)) {
+        return false;
+    }
+    return hasFlag(DocFlagReadFile) || (document.child != 0 && tree_[document.child].next == 0);
+}
+
+std::string MarkupDocument::GetError() const {
+    return x_RenderResults(resultText_);
+}
+
+int MarkupDocument::GetEncodingCodePage(TextArg name) {
+    return x_GetEncodingCodePage(name);
+}
+
+bool MarkupDocument::DetectUTF8(const char* text, int length, int* nonAscii, bool* errorAtEnd) {
+    return ::DetectUTF8(text, length, nonAscii, errorAtEnd);
+}
+
+void MarkupDocument::EncodeCharUTF8(int character, char* target, int& length) {
+    ::EncodeCharUTF8(character, target, length);
+}
+
+void MarkupDocument::EncodeCharUTF16(int character, unsigned short* target, int& length) {
+    ::EncodeCharUTF16(character, target, length);
+}
+
+int MarkupDocument::DecodeCharUTF8(const char*& cursor, const char* end) {
+    return ::DecodeCharUTF8(cursor, end);
+}
+
+int MarkupDocument::DecodeCharUTF16(const unsigned short*& cursor, const unsigned short* end) {
+    return ::DecodeCharUTF16(cursor, end);
+}
+
+int MarkupDocument::UTF16To8(char* target, const unsigned short* source, int length) {
+    return ::UTF16To8(target, source, length);
+}
+
+int MarkupDocument::UTF8To16(unsigned short* target, const char* source, int length) {
+    return ::UTF8To16(target, source, length);
+}
+
+std::string MarkupDocument::AToUTF8(TextArg text) {
+    return ::AToUTF8(text);
+}
+
+std::string MarkupDocument::UTF8ToA(TextArg text, int* failedCharacters) {
+    return ::UTF8ToA(text, failedCharacters);
+}

@@ -1,0 +1,217 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "markup/DocFlags.h"
+#include "markup/ElemPosTree.h"
+#include "markup/NodeTypes.h"
+#include "markup/PathPos.h"
+#include "markup/SavedPosMap.h"
+#include "markup/TextArg.h"
+#include "markup/TokenPos.h"
+
+class OpenTagStack;
+
+/// An XML document: its text as one UTF-8 string and, for each element, one record of where it lies
+/// in the text. A document is read by moving a current position over the records and cutting names,
+/// attribute values and data out of the text.
+///
+/// The parser never fails: malformed input is tolerated and described in the result log, which
+/// `GetError` renders. No operation throws for bad input; failure is a false result or an empty
+/// string with the position unchanged.
+///
+/// Record index 0 is the document itself and means "none" in positions and links. Texts, files and
+/// results of conversions above INT32_MAX bytes are refused.
+///
+/// Operations begin with a capital letter; those that begin with `x_` work on given records or
+/// maintain them, and are meant for the layer itself and for callers that keep record indices.
+class MarkupDocument {
+  public:
+    /// The current position. All zero before the first element of the document level.
+    struct Position {
+        int parent = 0;      ///< element whose children are being visited, 0 = document level
+        int main = 0;        ///< current element among them, 0 = before the first
+        int child = 0;       ///< current child of the main element, 0 = none
+        int nodeType = 0;    ///< type of the current node, `NodeElement` on an element, 0 on none
+        int nodeOffset = 0;  ///< where the current node lies when it is not an element
+        int nodeLength = 0;  ///< its length; 0 on an element
+    };
+
+    /// Makes an empty document.
+    MarkupDocument();
+    MarkupDocument(const MarkupDocument&) = delete;
+    MarkupDocument& operator=(const MarkupDocument&) = delete;
+
+    // ---- Text
+
+    /// Replaces the text by a copy of `text`, a null pointer giving an empty document, and parses
+    /// it. Returns what `IsWellFormed` returns; false, with nothing changed, while the document is
+    /// in a file mode, and false with an empty document for a text above INT32_MAX bytes.
+    bool SetDoc(const char* text);
+    bool SetDoc(const std::string& text);
+    /// The whole text.
+    const std::string& GetDoc() const { return docText_; }
+
+    /// True when the last parse met nothing ill-formed and exactly one top-level element.
+    bool IsWellFormed() const;
+    /// What happened in the last parse, load or save, as one line for people; "" for nothing.
+    std::string GetError() const;
+    /// The result log that `GetError` renders: a run of empty elements, one per event.
+    const std::string& GetResult() const { return resultText_; }
+
+    /// The flags (`DocFlag`); setting them replaces them all and takes effect in later operations.
+    int GetDocFlags() const { return docFlags_; }
+    void SetDocFlags(int flags) { docFlags_ = flags; }
+
+    // ---- Files
+
+    /// Reads, converts to UTF-8 and parses a file. True when the file was read and the text is
+    /// well-formed; false otherwise, with a "file_error" in the result log when it was not read:
+    /// the document has no elements then.
+    bool Load(TextArg path);
+    /// Reads a file as `Load` does, without parsing. `results` receives the result log. `flags` are
+    /// document flags, in and out. `encoding` may name the encoding of a byte file, overriding the
+    /// one it declares; else it receives the file's. The last three may be null.
+    static bool ReadTextFile(TextArg path, std::string& text, std::string* results = nullptr,
+                             int* flags = nullptr, std::string* encoding = nullptr);
+    /// The encoding that an XML declaration at the very start of `text`, or the meta element of an
+    /// HTML head, names; "" when there is none.
+    static std::string GetDeclaredEncoding(TextArg text);
+
+    // ---- Navigation
+
+    /// Moves to the next sibling element called `name`, which is the first name of an element path
+    /// (see `PathPos`); null or "" means any. Paths that begin with "/" find nothing, and
+    /// predicates have no effect: both are required.
+    bool FindElem(TextArg name = nullptr);
+    /// Moves the child position to the next child of the main element called `name`. When there is
+    /// no main element the first one at this level becomes it, also when no child is found.
+    bool FindChildElem(TextArg name = nullptr);
+    /// Moves to the next node, of any type in the bit set `typeMask` (0 = any), and returns its
+    /// type: a `NodeType`, or 0 when there is none up to the end of the parent element.
+    int FindNode(int typeMask = 0);
+    /// Goes into the main element: its current child, or the place before its first, becomes the
+    /// position.
+    bool IntoElem();
+    /// Goes back to the parent element; the element left becomes the current child.
+    bool OutOfElem();
+
+    /// Saves the position (child, else main, else parent) under `name` in map number `map`, in
+    /// place of an earlier one of that name. False for a null name, a negative number and in file
+    /// modes. All are lost at the next parse.
+    bool SavePos(TextArg name = "", int map = 0);
+    /// Moves to the position saved under `name`; false when there is none, and as for `SavePos`.
+    bool RestorePos(TextArg name = "", int map = 0);
+    /// Creates position map `map` with `size` slots. False when it exists, when `size` is below 1
+    /// or `map` negative, and in file modes.
+    bool SetMapSize(int size, int map = 0);
+
+    /// The current position, for callers that keep record indices.
+    const Position& x_GetPosition() const { return pos_; }
+
+    // ---- Names, attributes and data at the current position
+
+    /// The element's name; on other nodes "#text", "#cdata-section", "#comment", the target of a
+    /// processing instruction, or the name in a lone end tag or document type.
+    std::string GetTagName() const;
+    /// The data of the current node: of a leaf element its unescaped text and CDATA sections.
+    std::string GetData() const { return x_GetData(pos_.main); }
+    /// The unescaped value of the main element's first attribute of that name, or of the
+    /// pseudo-attribute of the current processing instruction; "" when it is missing.
+    std::string GetAttrib(TextArg name) const { return x_GetAttrib(pos_.main, name); }
+    /// Name and unescaped value of the main element's attribute number `n`, counted from 0.
+    bool GetNthAttrib(int n, std::string& name, std::string& value) const;
+    /// The name alone; "" when there are no more than `n` attributes.
+    std::string GetAttribName(int n) const;
+
+    // ---- Characters and encodings (see UnicodeCodec.h and TextEncoding.h)
+
+    static int GetEncodingCodePage(TextArg name);
+    static bool DetectUTF8(const char* text, int length, int* nonAscii = nullptr,
+                           bool* errorAtEnd = nullptr);
+    static void EncodeCharUTF8(int character, char* target, int& length);
+    static void EncodeCharUTF16(int character, unsigned short* target, int& length);
+    static int DecodeCharUTF8(const char*& cursor, const char* end);
+    static int DecodeCharUTF16(const unsigned short*& cursor, const unsigned short* end);
+    static int UTF16To8(char* target, const unsigned short* source, int length);
+    static int UTF8To16(unsigned short* target, const char* source, int length);
+    static std::string AToUTF8(TextArg text);
+    static std::string UTF8ToA(TextArg text, int* failedCharacters = nullptr);
+
+    // ---- Workers
+
+    /// Resets to a document without flags, records and saved positions; the text and the result log
+    /// stay until `SetDoc`.
+    void x_InitMarkup();
+    /// Parses the whole text into records and returns what `IsWellFormed` returns. Clears the
+    /// position and all saved positions; the result log is added to, not emptied.
+    bool x_ParseDoc();
+    /// Parses nodes from the token's next offset to the end of the text, making the elements
+    /// children of record `parent`. Returns the first record made, 0 if none.
+    int x_ParseElem(int parent, TokenPos& token);
+
+    /// The next element after sibling `from`, or from the first child of `parent` when that is 0,
+    /// that the path names; 0 when there is none.
+    int x_FindElem(int parent, int from, const PathPos& path) const;
+    /// Name, data and attribute of record `pos`; "" when there is no such record.
+    std::string x_GetTagName(int pos) const;
+    std::string x_GetData(int pos) const;
+    std::string x_GetAttrib(int pos, TextArg name) const;
+    /// Drops saved positions whose record was released.
+    void x_CheckSavedPos();
+
+    /// Hands out a record, its content undefined, growing the tree when it is used up.
+    int x_GetFreePos();
+    /// Puts a record on the list of deleted ones and returns its former next link.
+    int x_ReleasePos(int pos);
+    /// Makes room for `n` records; 0 means half as many again as are in use. Always true.
+    bool x_AllocElemPos(int n = 0);
+
+    /// Number of records in use, the document's own included; 0 before the first parse.
+    int x_RecordCount() const { return tree_.size() == 0 ? 0 : freePos_; }
+    /// Record `pos`. Requires: 0 <= pos < x_RecordCount().
+    const ElemPos& x_Record(int pos) const { return tree_[pos]; }
+    /// True length of the start tag of record `pos`, also where the record keeps only low bits.
+    int x_StartTagLength(int pos) const;
+
+    /// Checks every rule that holds between records, position and text, in time linear in the
+    /// document. Returns "" or the first rule found broken; for tests and fuzzers.
+    std::string checkInvariants() const;
+
+  private:
+    struct Parse;
+
+    bool hasFlag(int flag) const { return (docFlags_ & flag) != 0; }
+    bool inFileMode() const { return hasFlag(DocFlagReadFile | DocFlagWriteFile); }
+    bool isElement(int pos) const { return pos > 0 && pos < x_RecordCount(); }
+
+    void x_ResetRecords();
+    void x_AppendResults(const std::string& results);
+    void x_OpenElem(Parse& parse, const TokenPos& token, const NodePos& node);
+    void x_EndElem(Parse& parse, const TokenPos& token, const NodePos& node);
+    void x_CloseUnended(Parse& parse, int depth, int closedAt);
+    void x_LinkLastChild(int parent, int pos);
+    void x_LiftChildren(int pos, int parent);
+
+    void x_SetPos(int parent, int main, int child);
+    bool x_OnOtherNode() const { return pos_.nodeLength != 0; }
+    int x_NodeSearchStart() const;
+    bool x_IsEndTagOf(int parent, const NodePos& node) const;
+    std::string_view x_Slice(int offset, int length) const;
+    std::string_view x_TagNameAt(int pos) const;
+    std::string x_GetNodeData() const;
+    std::string x_GetContent(std::string_view content) const;
+    TokenPos x_StartTagToken(int pos) const;
+    std::string checkRecord(int pos) const;
+    std::string checkPosition() const;
+
+    std::string docText_;
+    std::string resultText_;
+    Position pos_;
+    int freePos_ = 0;
+    int deletedPos_ = 0;
+    int docFlags_ = 0;
+    SavedPosMapArray savedPos_;
+    ElemPosTree tree_;
+};

@@ -1,0 +1,164 @@
+// Reading documents and texts from files.
+
+#include <cerrno>
+#include <climits>
+#include <new>
+
+#include "markup/FilePos.h"
+#include "markup/Markup.h"
+#include "markup/ResultLog.h"
+
+namespace {
+
+/// Reads the whole of an open file into `text` and closes it.
+bool readOpenFile(FilePos& file, std::string& text) {
+    bool isRead = false;
+    if (file.remaining() > INT_MAX) {
+        file.ioResult.clear();
+        file.FileErrorAddResult(EFBIG);
+    } else {
+        file.opByteLength = static_cast<int>(file.remaining());
+        isRead = file.FileReadText(text);
+    }
+    file.FileClose();
+    return isRead;
+}
+
+/// Lets a caller's encoding override that of a byte file; else tells the caller the file's.
+void settleEncoding(FilePos& file, std::string& encoding) {
+    if (file.charUnitSize == 1 && !encoding.empty()) {
+        file.encoding = encoding;
+    } else {
+        encoding = file.encoding;
+    }
+}
+
+/// Opens, reads and closes `path`. `results` is replaced by the log of these steps; `flags` are the
+/// document flags, in and out; `encoding` may be null.
+bool readFile(TextArg path, std::string& text, std::string& results, int& flags,
+              std::string* encoding) {
+    try {
+        // Flags left over from writing must not open the file for writing.
+        FilePos file((flags & ~(DocFlagWriteFile | DocFlagAppendFile)) | DocFlagReadFile);
+        const bool isOpen = file.FileOpen(path);
+        results = file.ioResult;
+        text.clear();
+        if (!isOpen) {
+            return false;
+        }
+        if (encoding != nullptr) {
+            settleEncoding(file, *encoding);
+        }
+        const bool isRead = readOpenFile(file, text);
+        results += file.ioResult;
+        flags = file.docFlags;
+        return isRead;
+    } catch (const std::bad_alloc&) {
+        FilePos failed(0);
+        failed.FileErrorAddResult(ENOMEM);
+        results += failed.ioResult;
+        std::string().swap(text);
+        return false;
+    }
+}
+
+/// The value of "charset=" in the content of a meta element that gives the content type.
+std::string charsetOfMeta(std::string_view text, const NodePos& node) {
+    const auto tag = text.substr(0, static_cast<std::size_t>(node.start + node.length));
+    TokenPos type(tag, DocFlagIgnoreCase, node.start + 1);
+    TokenPos content = type;
+    if (!type.FindAttrib("http-equiv") || !type.Match("Content-Type") ||
+        !content.FindAttrib("content")) {
+        return {};
+    }
+    TokenPos value(content.token(), DocFlagIgnoreCase);
+    while (value.FindName()) {
+        if (value.Match("charset") && value.FindName() && value.Match("=") && value.FindName()) {
+            return value.GetTokenText();
+        }
+    }
+    return {};
+}
+
+/// The "encoding" of an XML declaration; false when the node at the start of `text` is none. A
+/// value whose quote is not closed in the declaration runs on to the next such quote in the text:
+/// this is required, the encoding is then an unknown one.
+bool readXmlDeclaration(std::string_view text, const NodePos& node, std::string& encoding) {
+    TokenPos target(text, DocFlagIgnoreCase, 2);
+    TokenPos attributes = target;
+    if (node.start != 0 || !target.FindName() || !target.Match("xml")) {
+        return false;
+    }
+    if (attributes.FindAttrib("encoding")) {
+        encoding = attributes.token();
+    }
+    return true;
+}
+
+}  // namespace
+
+bool MarkupDocument::Load(TextArg path) {
+    if (inFileMode()) {
+        return false;
+    }
+    if (readFile(path, docText_, resultText_, docFlags_, nullptr)) {
+        try {
+            return x_ParseDoc();
+        } catch (const std::bad_alloc&) {
+            std::string().swap(docText_);
+            x_ResetRecords();
+            FilePos failed(0);
+            failed.FileErrorAddResult(ENOMEM);
+            resultText_ += failed.ioResult;
+        }
+    }
+    x_ResetRecords();
+    return false;
+}
+
+bool MarkupDocument::ReadTextFile(TextArg path, std::string& text, std::string* results, int* flags,
+                                  std::string* encoding) {
+    std::string ownResults;
+    int ownFlags = 0;
+    return readFile(path, text, results != nullptr ? *results : ownResults,
+                    flags != nullptr ? *flags : ownFlags, encoding);
+}
+
+std::string MarkupDocument::GetDeclaredEncoding(TextArg text) {
+    const std::string_view view = text.view().substr(0, INT_MAX);
+    TokenPos token(view, DocFlagIgnoreCase);
+    NodePos node;
+    std::string encoding;
+    bool inHtml = false;
+    while (true) {
+        switch (token.ParseNode(node)) {
+            case NodeProcessingInstruction:
+                if (readXmlDeclaration(view, node, encoding)) {
+                    return encoding;
+                }
+                break;
+            case NodeElement:
+                if (!inHtml && !token.Match("html")) {
+                    return {};
+                }
+                if (inHtml && token.Match("meta")) {
+                    encoding = charsetOfMeta(view, node);
+                    if (!encoding.empty()) {
+                        return encoding;
+                    }
+                }
+                inHtml = true;
+                break;
+            case NodeEndTag:
+                if (token.Match("head")) {
+                    return {};
+                }
+                break;
+            case NodeSyntaxError:
+            case NodeEndOfText:
+                return {};
+            default:
+                break;
+        }
+    }
+}

@@ -1,0 +1,54 @@
+#include "markup/NameCompare.h"
+
+#include <cstring>
+
+namespace {
+
+constexpr bool isUpper(char c) {
+    return c >= 'A' && c <= 'Z';
+}
+
+constexpr char toLower(char c) {
+    return isUpper(c) ? static_cast<char>(c + ('a' - 'A')) : c;
+}
+
+constexpr int signedByte(char c) {
+    return static_cast<signed char>(c);
+}
+
+}  // namespace
+
+int x_StrNCmp(const char* a, const char* b, int n, bool ignoreCase) {
+    bool fold = ignoreCase;
+    for (int i = 0; i < n; ++i) {
+        if (a[i] == b[i]) {
+            fold = fold && signedByte(a[i]) >= 0;
+        } else if (!fold || toLower(a[i]) != toLower(b[i])) {
+            return signedByte(a[i]) - signedByte(b[i]);
+        }
+    }
+    return 0;
+}
+
+bool x_NamesEqual(std::string_view a, std::string_view b, bool ignoreCase) {
+    if (a.size() != b.size()) {
+        return false;
+    }
+    return ignoreCase ? x_StrNCmp(a.data(), b.data(), static_cast<int>(a.size()), true) == 0
+                      : a == b;
+}
+
+int x_Hash(const char* text, int size) {
+    if (text == nullptr || size < 1) {
+        return 0;
+    }
+    return static_cast<int>(x_ByteSum(text, false) % static_cast<unsigned>(size));
+}
+
+unsigned x_ByteSum(std::string_view name, bool foldCase) {
+    unsigned sum = 0;
+    for (const char c : name) {
+        sum += static_cast<unsigned>(signedByte(foldCase ? toLower(c) : c));
+    }
+    return sum;
+}

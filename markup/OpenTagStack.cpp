@@ -1,0 +1,104 @@
+#include "markup/OpenTagStack.h"
+
+#include "markup/CharClass.h"
+#include "markup/NameCompare.h"
+
+namespace {
+
+/// True when the end tag `endName` closes a tag called `name`.
+bool closes(std::string_view endName, std::string_view name, bool ignoreCase) {
+    if (endName.size() > name.size() ||
+        (endName.size() < name.size() && !x_IsClass(name[endName.size()], ClassPathName))) {
+        return false;
+    }
+    return x_NamesEqual(endName, name.substr(0, endName.size()), ignoreCase);
+}
+
+/// Folds case as names are compared: up to the first byte with the high bit set. Two names are
+/// equal by the rule of `x_StrNCmp` exactly when their folded forms are the same bytes.
+std::string foldName(std::string_view name) {
+    std::string folded(name);
+    for (char& c : folded) {
+        if (static_cast<signed char>(c) < 0) {
+            break;
+        }
+        if (c >= 'A' && c <= 'Z') {
+            c = static_cast<char>(c + ('a' - 'A'));
+        }
+    }
+    return folded;
+}
+
+/// Cuts the first segment off `name`: up to the next byte, beyond the first, that may end the name
+/// of an open tag. An empty first segment stands before a name that begins with such a byte.
+std::string_view cutSegment(std::string_view& name, bool isFirst) {
+    std::size_t end = isFirst ? 0 : 1;
+    while (end < name.size() && !x_IsClass(name[end], ClassPathName)) {
+        ++end;
+    }
+    const std::string_view segment = name.substr(0, end);
+    name.remove_prefix(segment.size());
+    return segment;
+}
+
+}  // namespace
+
+void OpenTagStack::pop() {
+    const int popped = depth();
+    tags_.pop_back();
+    while (!entries_.empty() && entries_.back().depth == popped) {
+        nodeDepth_[static_cast<std::size_t>(entries_.back().node)] = entries_.back().outerDepth;
+        entries_.pop_back();
+    }
+    entered_ = entered_ < popped ? entered_ : popped - 1;
+}
+
+int OpenTagStack::findMatch(std::string_view endName) {
+    if (tags_.empty()) {
+        return 0;
+    }
+    if (closes(endName, top().name, ignoreCase_)) {
+        return depth();
+    }
+    enterPending();
+    const std::string folded = ignoreCase_ ? foldName(endName) : std::string();
+    std::string_view rest = ignoreCase_ ? std::string_view(folded) : endName;
+    int node = 0;
+    bool isFirst = true;
+    do {
+        const auto found = nodes_.find({node, cutSegment(rest, isFirst)});
+        if (found == nodes_.end()) {
+            return 0;
+        }
+        node = found->second;
+        isFirst = false;
+    } while (!rest.empty());
+    return nodeDepth_[static_cast<std::size_t>(node)];
+}
+
+void OpenTagStack::enterPending() {
+    while (entered_ < depth()) {
+        enter(++entered_);
+    }
+}
+
+void OpenTagStack::enter(int depth) {
+    std::string_view rest = at(depth).name;
+    if (ignoreCase_) {
+        rest = folded_.emplace_back(foldName(rest));
+    }
+    int node = 0;
+    bool isFirst = true;
+    do {
+        const Key key{node, cutSegment(rest, isFirst)};
+        const auto [place, isNew] = nodes_.try_emplace(key, static_cast<int>(nodeDepth_.size()));
+        if (isNew) {
+            nodeDepth_.push_back(0);
+        }
+        node = place->second;
+        int& innermost = nodeDepth_[static_cast<std::size_t>(node)];
+        entries_.push_back({node, depth, innermost});
+        innermost = depth;
+        isFirst = false;
+    } while (!rest.empty());
+}

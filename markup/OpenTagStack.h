@@ -1,0 +1,65 @@
+#pragma once
+
+#include <deque>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The parser's stack of open tags, with an index that finds the innermost tag an end tag closes
+/// without walking the stack, however deep it is.
+///
+/// An end tag closes an open tag when its name equals the tag's name up to the end of that name or
+/// up to a "=", "[" or "]" in it: "</a>" closes "<a>" and "<a=1>", "</a=1>" does not close "<a>".
+/// The index is a tree of names cut before each of these bytes; every open tag is entered at the
+/// node of each prefix that an end tag may name. It is built only when an end tag does not close
+/// the innermost tag, which in a well-formed document never happens.
+class OpenTagStack {
+  public:
+    struct Tag {
+        int elem;               ///< its element record
+        std::string_view name;  ///< as in its start tag; a view into the document text
+    };
+
+    explicit OpenTagStack(bool ignoreCase) : ignoreCase_(ignoreCase) { tags_.reserve(7); }
+
+    /// Number of open tags; also the depth of the innermost one.
+    int depth() const { return static_cast<int>(tags_.size()); }
+    /// The tag at `depth`. Requires: 1 <= depth <= depth().
+    const Tag& at(int depth) const { return tags_[static_cast<std::size_t>(depth) - 1]; }
+    /// Requires: depth() > 0.
+    const Tag& top() const { return tags_.back(); }
+
+    void push(int elem, std::string_view name) { tags_.push_back({elem, name}); }
+    void pop();
+
+    /// The depth of the innermost tag that an end tag of this name closes, 0 when there is none.
+    int findMatch(std::string_view endName);
+
+  private:
+    struct Key {
+        int parent;                ///< node of the part of the name before the segment, 0 = root
+        std::string_view segment;  ///< begins with the byte that it was cut before
+        bool operator<(const Key& other) const {
+            return parent != other.parent ? parent < other.parent : segment < other.segment;
+        }
+    };
+    /// An open tag at a node, and the depth that stood there before it.
+    struct Entry {
+        int node;
+        int depth;
+        int outerDepth;
+    };
+
+    void enterPending();
+    void enter(int depth);
+
+    bool ignoreCase_;
+    std::vector<Tag> tags_;
+    int entered_ = 0;           ///< tags up to this depth are in the index
+    std::map<Key, int> nodes_;  ///< node numbers, from 1
+    std::vector<int> nodeDepth_{
+        0};                       ///< by node: depth of the innermost tag entered there, 0 = none
+    std::vector<Entry> entries_;  ///< in the order of entering; undone from the back
+    std::deque<std::string> folded_;  ///< owns the folded names that keys view
+};

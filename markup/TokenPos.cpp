@@ -1,0 +1,336 @@
+#include "markup/TokenPos.h"
+
+#include "markup/CharClass.h"
+#include "markup/NameCompare.h"
+#include "markup/ResultLog.h"
+
+namespace {
+
+constexpr std::size_t npos = std::string_view::npos;
+
+constexpr bool isQuote(char c) {
+    return c == '"' || c == '\'';
+}
+
+}  // namespace
+
+std::size_t TokenPos::skip(std::size_t pos, unsigned classes) const {
+    while (pos < text_.size() && x_IsClass(text_[pos], classes)) {
+        ++pos;
+    }
+    return pos;
+}
+
+std::size_t TokenPos::skipTo(std::size_t pos, unsigned classes) const {
+    while (pos < text_.size() && !x_IsClass(text_[pos], classes)) {
+        ++pos;
+    }
+    return pos;
+}
+
+void TokenPos::x_SetToken(std::size_t first, std::size_t end) {
+    left = static_cast<int>(first);
+    right = static_cast<int>(end) - 1;
+}
+
+std::string_view TokenPos::token() const {
+    return text_.substr(static_cast<std::size_t>(left), static_cast<std::size_t>(right - left + 1));
+}
+
+bool TokenPos::Match(TextArg name) const {
+    return x_NamesEqual(token(), name.view(), (flags_ & DocFlagIgnoreCase) != 0);
+}
+
+bool TokenPos::FindName() {
+    flags_ &= ~TokenFlagQuoted;
+    const std::size_t first = skip(static_cast<std::size_t>(next), ClassSpace);
+    std::size_t end = skipTo(first, ClassName);
+    if (end == first && end < text_.size()) {
+        ++end;
+    }
+    x_SetToken(first, end);
+    next = static_cast<int>(end);
+    return end > first;
+}
+
+/// Moves to the next token inside a tag: a quoted run, the unquoted value after "=" or a name; a
+/// byte that ends names is a token by itself. False at the end of the text.
+bool TokenPos::x_NextAttribToken(bool afterEqual) {
+    flags_ &= ~TokenFlagQuoted;
+    const std::size_t first = skip(static_cast<std::size_t>(next), ClassSpace);
+    if (first == text_.size()) {
+        next = static_cast<int>(first);
+        return false;
+    }
+    if (isQuote(text_[first])) {
+        flags_ |= TokenFlagQuoted;
+        const std::size_t close = text_.find(text_[first], first + 1);
+        const std::size_t end = close == npos ? text_.size() : close;
+        x_SetToken(first + 1, end);
+        next = static_cast<int>(close == npos ? end : end + 1);
+        return true;
+    }
+    std::size_t end = skipTo(first, afterEqual ? ClassAttrValue : ClassAttrName);
+    if (end == first && !afterEqual) {
+        ++end;
+    }
+    x_SetToken(first, end);
+    next = static_cast<int>(end);
+    return true;
+}
+
+bool TokenPos::FindAttrib(TextArg name, int index, std::string* attribName) {
+    bool afterEqual = false;
+    bool found = false;
+    int number = -1;  // the first name is the tag's own
+    while (x_NextAttribToken(afterEqual)) {
+        if (afterEqual) {
+            if (found) {
+                return true;
+            }
+            afterEqual = false;
+            continue;
+        }
+        const bool quoted = (flags_ & TokenFlagQuoted) != 0;
+        const char first = quoted ? '\0' : text_[static_cast<std::size_t>(left)];
+        if (first == '=') {
+            afterEqual = true;
+            continue;
+        }
+        if (found) {
+            break;
+        }
+        if (first == '>' || first == '/' || first == '?') {
+            return false;
+        }
+        if (quoted) {
+            continue;
+        }
+        found = number >= 0 && (name.isNull() ? number == index : Match(name));
+        if (found && attribName != nullptr) {
+            *attribName = token();
+        }
+        ++number;
+    }
+    x_SetEmptyToken();
+    return found;
+}
+
+int TokenPos::ParseNode(NodePos& node) {
+    node.results.clear();
+    node.flags = 0;
+    node.start = next;
+    const auto start = static_cast<std::size_t>(next);
+    if (start >= text_.size()) {
+        return x_EndNode(node, NodeEndOfText, start);
+    }
+    if (text_[start] != '<') {
+        return x_ParseRun(node);
+    }
+    if (start + 1 == text_.size()) {
+        return x_Unterminated(node, "tag");
+    }
+    const char kind = text_[start + 1];
+    if (x_IsClass(kind, ClassNameStart)) {
+        return x_ParseTag(node, NodeElement);
+    }
+    switch (kind) {
+        case '/':
+            return x_ParseTag(node, NodeEndTag);
+        case '?':
+            return x_ParseDelimited(node, NodeProcessingInstruction, 2, "?>");
+        case '!':
+            return x_ParseDeclaration(node);
+        default:
+            return x_ParseSyntaxError(node, "first_tag_syntax", start + 1);
+    }
+}
+
+int TokenPos::x_EndNode(NodePos& node, int type, std::size_t end) {
+    node.type = type;
+    node.length = static_cast<int>(end) - node.start;
+    next = static_cast<int>(end);
+    return type;
+}
+
+int TokenPos::x_ParseRun(NodePos& node) {
+    const std::size_t start = skip(static_cast<std::size_t>(next), ClassSpace);
+    if (start == text_.size() || text_[start] == '<') {
+        return x_EndNode(node, NodeWhitespace, start);
+    }
+    const std::size_t end = text_.find('<', start);
+    return x_EndNode(node, NodeText, end == npos ? text_.size() : end);
+}
+
+/// Scans a start or end tag to the first ">" outside quotes, by the token rules of `FindAttrib`.
+/// A "/" before the ">" makes it empty, unless the "/" belongs to an unquoted value ("<a b=c/>");
+/// even then it does after white space or a quote.
+int TokenPos::x_ParseTag(NodePos& node, int type) {
+    const bool isStart = type == NodeElement;
+    const std::size_t name = static_cast<std::size_t>(node.start) + (isStart ? 1 : 2);
+    // The name that pairs tags may run on behind the first token: "<a=1>" is called "a=1".
+    std::size_t pos = skipTo(name, ClassAttrName);
+    x_SetToken(name, skipTo(pos, ClassTagName));
+    bool afterEqual = false;
+    std::size_t unquotedValueEnd = npos;
+    while (true) {
+        pos = skip(pos, ClassSpace);
+        if (pos == text_.size()) {
+            return x_Unterminated(node, isStart ? "start_tag" : "end_tag");
+        }
+        const char c = text_[pos];
+        if (c == '>') {
+            break;
+        }
+        if (isQuote(c)) {
+            const std::size_t close = text_.find(c, pos + 1);
+            if (close == npos) {
+                return x_Unterminated(node, isStart ? "start_tag" : "end_tag");
+            }
+            pos = close + 1;
+            afterEqual = false;
+        } else if (afterEqual) {
+            pos = skipTo(pos, ClassAttrValue);
+            unquotedValueEnd = pos;
+            afterEqual = false;
+        } else {
+            afterEqual = c == '=';
+            const std::size_t end = skipTo(pos, ClassAttrName);
+            pos = end == pos ? pos + 1 : end;
+        }
+    }
+    if (isStart && text_[pos - 1] == '/') {
+        const char before = text_[pos - 2];
+        const bool closes =
+            unquotedValueEnd != pos || x_IsClass(before, ClassSpace) || isQuote(before);
+        node.flags = closes ? NodeFlagEmpty : 0;
+    }
+    return x_EndNode(node, type, pos + 1);
+}
+
+int TokenPos::x_ParseDeclaration(NodePos& node) {
+    const auto start = static_cast<std::size_t>(node.start);
+    const std::string_view rest = text_.substr(start + 2, 2);
+    if (rest.empty() || rest == "-" || rest == "[") {
+        return x_Unterminated(node, "tag");
+    }
+    switch (rest[0]) {
+        case '-':
+            return rest[1] == '-' ? x_ParseDelimited(node, NodeComment, 4, "-->")
+                                  : x_ParseSyntaxError(node, "comment_tag_syntax", start + 3);
+        case '[':
+            return rest[1] == 'C' ? x_ParseDelimited(node, NodeCDataSection, 4, "]]>")
+                                  : x_ParseSyntaxError(node, "cdata_section_syntax", start + 3);
+        case 'D':
+            return x_ParseDocumentType(node);
+        default:
+            return x_ParseSyntaxError(node, "exclamation_tag_syntax", start + 2);
+    }
+}
+
+/// Ends at the first `terminator` that lies wholly after the `opening` bytes.
+int TokenPos::x_ParseDelimited(NodePos& node, int type, std::size_t opening,
+                               std::string_view terminator) {
+    const std::size_t found =
+        text_.find(terminator, static_cast<std::size_t>(node.start) + opening);
+    if (found != npos) {
+        return x_EndNode(node, type, found + terminator.size());
+    }
+    switch (type) {
+        case NodeComment:
+            return x_Unterminated(node, "comment");
+        case NodeCDataSection:
+            return x_Unterminated(node, "cdata_section");
+        default:
+            return x_Unterminated(node, "processing_instruction");
+    }
+}
+
+/// Runs to the closing ">". Quotes count outside the brackets of the internal subset and inside
+/// its declarations; comments and processing instructions in the subset are passed over whole.
+int TokenPos::x_ParseDocumentType(NodePos& node) {
+    std::size_t pos = static_cast<std::size_t>(node.start) + 3;
+    bool inSubset = false;
+    while (pos < text_.size()) {
+        const char c = text_[pos];
+        if (inSubset && c == '<') {
+            const std::size_t end = x_SkipSubsetMarkup(pos);
+            if (end == pos) {
+                return x_ParseSyntaxError(node, "doctype_tag_syntax", pos + 2);
+            }
+            pos = end;
+            continue;
+        }
+        if (inSubset) {
+            inSubset = c != ']';
+        } else if (c == '>') {
+            return x_EndNode(node, NodeDocumentType, pos + 1);
+        } else if (isQuote(c)) {
+            pos = text_.find(c, pos + 1);
+            if (pos == npos) {
+                break;
+            }
+        } else {
+            inSubset = c == '[';
+        }
+        ++pos;
+    }
+    return x_Unterminated(node, "document_type");
+}
+
+/// Passes over the mark-up that opens at the "<" at `pos` inside the internal subset. Returns the
+/// offset behind it, the text's size when it does not end, or `pos` for a declaration that begins
+/// with none of A, E and N.
+std::size_t TokenPos::x_SkipSubsetMarkup(std::size_t pos) const {
+    const std::string_view opening = text_.substr(pos, 4);
+    const auto behind = [this](std::string_view terminator, std::size_t from) {
+        const std::size_t found = text_.find(terminator, from);
+        return found == npos ? text_.size() : found + terminator.size();
+    };
+    if (opening == "<!--") {
+        return behind("-->", pos + 4);
+    }
+    if (opening.starts_with("<?")) {
+        return behind("?>", pos + 2);
+    }
+    if (!opening.starts_with("<!")) {
+        return pos + 1;
+    }
+    if (opening == "<!" || opening == "<!-") {
+        return text_.size();
+    }
+    const char kind = opening[2];
+    return kind == 'A' || kind == 'E' || kind == 'N' ? x_SkipDeclaration(pos + 3) : pos;
+}
+
+std::size_t TokenPos::x_SkipDeclaration(std::size_t pos) const {
+    while (true) {
+        pos = text_.find_first_of("\"'>", pos);
+        if (pos == npos) {
+            return text_.size();
+        }
+        if (text_[pos] == '>') {
+            return pos + 1;
+        }
+        pos = text_.find(text_[pos], pos + 1);
+        if (pos == npos) {
+            return text_.size();
+        }
+        ++pos;
+    }
+}
+
+/// Makes the node a syntax error that ends at the next ">", or before the next "<", from `from` on.
+int TokenPos::x_ParseSyntaxError(NodePos& node, std::string_view result, std::size_t from) {
+    x_AddResult(node.results, result, nullptr, 0, node.start);
+    const std::size_t stop = text_.find_first_of("<>", from);
+    if (stop == npos) {
+        return x_Unterminated(node, "tag");
+    }
+    return x_EndNode(node, NodeSyntaxError, text_[stop] == '>' ? stop + 1 : stop);
+}
+
+int TokenPos::x_Unterminated(NodePos& node, std::string_view openKind) {
+    x_AddResult(node.results, "unterminated_tag_syntax", openKind, RESULT_TYPE, node.start);
+    return x_EndNode(node, NodeSyntaxError, text_.size());
+}

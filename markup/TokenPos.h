@@ -1,0 +1,85 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "markup/DocFlags.h"
+#include "markup/NodeTypes.h"
+#include "markup/TextArg.h"
+
+/// One node as the tokenizer found it.
+struct NodePos {
+    int type = 0;         ///< a `NodeType` bit or a `TokenizerResult`
+    int start = 0;        ///< offset of the first byte
+    int length = 0;       ///< in bytes
+    int flags = 0;        ///< `NodeFlagEmpty` or 0
+    std::string results;  ///< result records of this node, in the form of the result log
+};
+
+/// Token flag, beside the document flags: the current token was read from within quotes.
+inline constexpr int TokenFlagQuoted = 0x8000;
+
+/// The tokenizer's cursor over a document text. It scans nodes (`ParseNode`) and, inside a tag,
+/// names and attributes. What is tolerated:
+///
+/// - anything after "<" that begins no node, up to the next ">" or before the next "<";
+/// - attributes without a value, without quotes, or repeated;
+/// - a ">" within a quoted attribute value. A quote opens only as the first byte of a token:
+///   inside a name or an unquoted value it is content ("<a it's>" is one tag).
+///
+/// Offsets are into the text given at construction, which must outlive the cursor and be no longer
+/// than INT32_MAX bytes. The text ends at its size; a NUL byte is an ordinary byte.
+class TokenPos {
+  public:
+    /// Takes the document flags for the case rule and starts scanning at offset `start`.
+    explicit TokenPos(std::string_view text, int flags = 0, int start = 0)
+        : next(start), text_(text), flags_(flags & ~TokenFlagQuoted) {}
+
+    /// Scans one node from `next`, fills `node`, moves `next` past it and returns its type. In a
+    /// start or end tag the current token becomes the tag's name.
+    int ParseNode(NodePos& node);
+
+    /// Reads the next name after white space: up to white space or one of ! " ' / ; < = > ? \.
+    /// One of these bytes standing alone is a token of one byte. False at the end of the text.
+    bool FindName();
+
+    /// Walks the attributes of a tag from `next`, which lies behind its "<". Finds the first
+    /// attribute called `name` or, for a null name, the attribute number `index` counted from 0,
+    /// whose name it stores in `attribName` when that is given. The current token becomes the
+    /// value without its quotes, empty when the attribute has none.
+    bool FindAttrib(TextArg name, int index = 0, std::string* attribName = nullptr);
+
+    /// True when the current token equals `name`, by the case rule of the document.
+    bool Match(TextArg name) const;
+
+    /// The current token, a view into the text.
+    std::string_view token() const;
+    std::string GetTokenText() const { return std::string(token()); }
+
+    int left = 0;    ///< offset of the first byte of the current token
+    int right = -1;  ///< offset of its last byte; left - 1 for an empty token
+    int next = 0;    ///< where scanning goes on
+
+  private:
+    std::size_t skip(std::size_t pos, unsigned classes) const;
+    std::size_t skipTo(std::size_t pos, unsigned classes) const;
+    bool x_NextAttribToken(bool afterEqual);
+    void x_SetToken(std::size_t first, std::size_t end);
+    void x_SetEmptyToken() {
+        x_SetToken(static_cast<std::size_t>(next), static_cast<std::size_t>(next));
+    }
+
+    int x_ParseRun(NodePos& node);
+    int x_ParseTag(NodePos& node, int type);
+    int x_ParseDeclaration(NodePos& node);
+    int x_ParseDelimited(NodePos& node, int type, std::size_t opening, std::string_view terminator);
+    int x_ParseDocumentType(NodePos& node);
+    std::size_t x_SkipSubsetMarkup(std::size_t pos) const;
+    std::size_t x_SkipDeclaration(std::size_t pos) const;
+    int x_ParseSyntaxError(NodePos& node, std::string_view result, std::size_t from);
+    int x_Unterminated(NodePos& node, std::string_view openKind);
+    int x_EndNode(NodePos& node, int type, std::size_t end);
+
+    std::string_view text_;
+    int flags_;
+};

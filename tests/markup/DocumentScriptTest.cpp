@@ -1,0 +1,177 @@
+// Operations on one document, for the scripts about parsing, navigation, results and loading.
+
+#include <gtest/gtest.h>
+#include <map>
+#include <sstream>
+
+#include "markup/Markup.h"
+#include "markup/ResultLog.h"
+#include "tests/Script.h"
+
+namespace {
+
+using script::answer;
+
+/// One document, and the operations that a script may do on it.
+class Script {
+  public:
+    ~Script() { unlink(path_.c_str()); }
+
+    std::string run(const std::string& operation, const script::Arguments& arguments) {
+        // clang-format off
+        using S = Script;
+        using A = script::Arguments;
+        static const std::map<std::string, std::function<std::string(S&, const A&)>> operations{
+            {"doc", [](S& s, const A& a) { return answer(s.doc.SetDoc(a[0])); }},
+            {"flags", [](S& s, const A& a) { s.doc.SetDocFlags(std::stoi(a[0])); return a[0]; }},
+            {"getflags", [](S& s, const A&) { return std::to_string(s.doc.GetDocFlags()); }},
+            {"text", [](S& s, const A&) { return s.doc.GetDoc(); }},
+            {"repeat", [](S& s, const A& a) { return answer(s.doc.SetDoc(repeat(a))); }},
+            {"tree", [](S& s, const A&) { return s.tree(); }},
+            {"nodes", [](S&, const A& a) { return nodes(a[0]); }},
+            {"log", [](S& s, const A&) { return s.doc.GetResult(); }},
+            {"error", [](S& s, const A&) { return s.doc.GetError(); }},
+            {"find", [](S& s, const A& a) { return answer(s.doc.FindElem(name(a))); }},
+            {"child", [](S& s, const A& a) { return answer(s.doc.FindChildElem(name(a))); }},
+            {"node", [](S& s, const A& a) { return std::to_string(s.doc.FindNode(std::stoi(a[0]))); }},
+            {"into", [](S& s, const A&) { return answer(s.doc.IntoElem()); }},
+            {"out", [](S& s, const A&) { return answer(s.doc.OutOfElem()); }},
+            {"save", [](S& s, const A& a) { return answer(s.doc.SavePos(name(a), map(a))); }},
+            {"restore", [](S& s, const A& a) { return answer(s.doc.RestorePos(name(a), map(a))); }},
+            {"mapsize", [](S& s, const A& a) { return answer(s.doc.SetMapSize(std::stoi(a[0]), map(a))); }},
+            {"release", [](S& s, const A& a) { return s.release(std::stoi(a[0])); }},
+            {"pos", [](S& s, const A&) { return s.position(); }},
+            {"name", [](S& s, const A&) { return s.doc.GetTagName(); }},
+            {"data", [](S& s, const A&) { return s.doc.GetData(); }},
+            {"attrib", [](S& s, const A& a) { return s.doc.GetAttrib(name(a)); }},
+            {"nth", [](S& s, const A& a) { return s.attribute(std::stoi(a[0])); }},
+            {"path", [](S&, const A& a) { return path(a[0]); }},
+            {"declared", [](S&, const A& a) { return MarkupDocument::GetDeclaredEncoding(a[0]); }},
+            {"add", [](S& s, const A& a) { return s.addResult(a); }},
+            {"setlog", [](S& s, const A& a) { return s.log_ = a[0]; }},
+            {"render", [](S&, const A& a) { return x_RenderResults(a[0]); }},
+            {"file", [](S& s, const A& a) { std::ofstream(s.path_, std::ios::binary) << a[0]; return a[0]; }},
+            {"load", [](S& s, const A& a) { return answer(s.doc.Load(a.empty() ? s.path_ : a[0])); }},
+            {"read", [](S& s, const A& a) { return s.read(a); }},
+        };
+        // clang-format on
+        const auto found = operations.find(operation);
+        const std::string result =
+            found == operations.end() ? "no such operation" : found->second(*this, arguments);
+        isEdited_ = operation == "release" || (isEdited_ && operation != "doc");
+        const std::string broken = isEdited_ ? "" : doc.checkInvariants();
+        return broken.empty() ? result : "broken: " + broken;
+    }
+
+    MarkupDocument doc;
+
+  private:
+    static TextArg name(const script::Arguments& a) {
+        return a.empty() ? TextArg(nullptr) : TextArg(a[0]);
+    }
+    static int map(const script::Arguments& a) { return a.size() < 2 ? 0 : std::stoi(a[1]); }
+
+    static std::string repeat(const script::Arguments& a) {
+        std::string text = a[0];
+        for (int n = std::stoi(a[2]); n > 0; --n) {
+            text += a[1];
+        }
+        return text + a[3];
+    }
+
+    std::string release(int pos) {
+        const int next = doc.x_ReleasePos(pos);
+        doc.x_CheckSavedPos();
+        return std::to_string(next);
+    }
+
+    std::string addResult(const script::Arguments& a) {
+        x_AddResult(log_, a[0], a[1] == "-" ? TextArg(nullptr) : TextArg(a[1]), std::stoi(a[2]),
+                    std::stoi(a[3]), std::stoi(a[4]));
+        return log_;
+    }
+
+    /// Each record as: name start+length tag lengths, level, flags, parent child next previous.
+    std::string tree() const {
+        std::ostringstream out;
+        for (int i = 0; i < doc.x_RecordCount(); ++i) {
+            const ElemPos& e = doc.x_Record(i);
+            out << (i == 0 ? "" : " ") << doc.x_GetTagName(i) << '(' << e.start << '+' << e.length
+                << ' ' << e.packedStartTagLength() << '/' << e.endTagLength() << " L" << e.level()
+                << (e.hasFlag(ElemFlagFirst) ? " first" : "")
+                << (e.hasFlag(ElemFlagUnended) ? " unended" : "")
+                << (e.hasFlag(ElemFlagIllData) ? " illdata" : "")
+                << (e.hasFlag(ElemFlagIllFormed) ? " illformed" : "") << ' ' << e.parent << ' '
+                << e.child << ' ' << e.next << ' ' << e.previous << ')';
+        }
+        return out.str();
+    }
+
+    static std::string nodes(const std::string& text) {
+        TokenPos token(text);
+        NodePos node;
+        std::ostringstream out;
+        while (token.ParseNode(node) != NodeEndOfText) {
+            out << (node.start == 0 ? "" : " ") << node.type << ':' << node.start << '+'
+                << node.length << (node.flags == NodeFlagEmpty ? "/" : "") << node.results;
+        }
+        return out.str();
+    }
+
+    std::string position() const {
+        const MarkupDocument::Position& p = doc.x_GetPosition();
+        std::ostringstream out;
+        out << p.parent << ' ' << p.main << ' ' << p.child << ' ' << p.nodeType << ' '
+            << p.nodeOffset << '+' << p.nodeLength;
+        return out.str();
+    }
+
+    std::string attribute(int n) const {
+        std::string attribName;
+        std::string value;
+        const bool found = doc.GetNthAttrib(n, attribName, value);
+        return found ? attribName + "=" + value + "," + doc.GetAttribName(n) : "none";
+    }
+
+    static std::string path(const std::string& text) {
+        PathPos parsed{TextArg(text)};
+        parsed.ParsePath();
+        return std::to_string(parsed.type) + " " + std::string(parsed.firstName()) + " " +
+               std::to_string(parsed.attributeOffset);
+    }
+
+    std::string read(const script::Arguments& a) const {
+        std::string text;
+        std::string results;
+        std::string encoding = a.empty() ? "" : a[0];
+        int flags = a.size() < 2 ? 0 : std::stoi(a[1]);
+        const bool ok = MarkupDocument::ReadTextFile(path_, text, &results, &flags, &encoding);
+        return answer(ok) + "|" + text + "|" + results + "|" + std::to_string(flags) + "|" +
+               encoding;
+    }
+
+    std::string path_ = testing::TempDir() + "script" + std::to_string(getpid()) + ".xml";
+    std::string log_;
+    bool isEdited_ = false;  ///< a released record breaks the rules until the next parse
+};
+
+class DocumentScript : public testing::TestWithParam<const char*> {};
+
+TEST_P(DocumentScript, GivesWhatItSays) {
+    auto document = std::make_unique<Script>();
+    const int checks = script::run(
+        GetParam(),
+        [&](const std::string& operation, const script::Arguments& arguments) {
+            return document->run(operation, arguments);
+        },
+        [&] { document = std::make_unique<Script>(); },
+        [](const std::string& place, const std::string& result, const std::string& wanted) {
+            EXPECT_EQ(result, wanted) << place;
+        });
+    EXPECT_GT(checks, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Data, DocumentScript,
+                         testing::Values("parse.txt", "navigate.txt", "results.txt", "load.txt"));
+
+}  // namespace
