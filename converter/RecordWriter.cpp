@@ -1,0 +1,51 @@
+#include "converter/RecordWriter.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+#include "base/Exception.h"
+
+void RecordWriter::number(std::size_t number) {
+    const std::string digits = std::to_string(number);
+    if (digits.size() < 2) {
+        raw(fill_);
+    }
+    text(digits);
+}
+
+void RecordWriter::bytes(const void* data, std::size_t size) {
+    if (size == 0) {
+        return;
+    }
+    if (size > bufferSize - used_) {
+        flush();
+    }
+    if (size > bufferSize) {
+        write(static_cast<const char*>(data), size);
+        return;
+    }
+    std::memcpy(buffer_.get() + used_, data, size);
+    used_ += size;
+}
+
+void RecordWriter::flush() {
+    const std::size_t size = used_;
+    // Emptied first: what could not be written once is not tried again.
+    used_ = 0;
+    write(buffer_.get(), size);
+}
+
+void RecordWriter::write(const char* data, std::size_t size) const {
+    while (size > 0) {
+        const ssize_t written = ::write(descriptor_, data, size);
+        if (written > 0) {
+            data += written;
+            size -= static_cast<std::size_t>(written);
+        } else if (written == 0 || errno != EINTR) {
+            throw vek::StdError("cannot write the record", written == 0 ? EIO : errno);
+        }
+    }
+}

@@ -1,0 +1,67 @@
+#include "converter/TdiConfiguration.h"
+
+#include <limits>
+#include <string>
+
+#include "converter/ElementText.h"
+
+bool TdiConfiguration::convert(std::uint8_t bandId, double epsilon) {
+    const std::string label = document_.GetAttrib("tdi_config");
+    document_.IntoElem();
+    record_.number(label.size());  // 13
+    record_.text(label);           // 14
+    record_.raw(epsilon);          // 15
+    while (document_.FindElem("COEFFICIENTS")) {
+        if (!readDetector(bandId)) {
+            return false;
+        }
+    }
+    record_.raw(maxPixels_);                   // 16
+    table_.writeVectors(record_, maxPixels_);  // 17
+    document_.OutOfElem();
+    return true;
+}
+
+/// Reads one `COEFFICIENTS` element. Its vectors end at the first element of another name.
+bool TdiConfiguration::readDetector(std::uint8_t bandId) {
+    const int id = static_cast<int>(toInteger(document_.GetAttrib("detector_id")));
+    document_.IntoElem();
+    const long pixelCount = toInteger(findElementText(document_, "NB_OF_PIXELS"));
+    if (pixelCount > std::numeric_limits<std::int16_t>::max()) {
+        diagnostics_.say("NB_OF_PIXELS ", pixelCount, " of detector ", id, " is above 32767\n");
+        return false;
+    }
+    const Detector detector{id, static_cast<std::int16_t>(pixelCount)};
+    maxPixels_ = std::max(maxPixels_, detector.pixels);
+    document_.FindElem("ON_BOARD_EQUALIZATION");
+    document_.IntoElem();
+    document_.FindElem("APPLICABILITY_DATE");
+    while (document_.FindElem()) {
+        const int kind = CoefficientTable::kindOf(document_.GetTagName());
+        if (kind < 0) {
+            break;
+        }
+        if (!readVector(bandId, detector, kind)) {
+            return false;
+        }
+    }
+    document_.OutOfElem();
+    document_.OutOfElem();
+    return true;
+}
+
+bool TdiConfiguration::readVector(std::uint8_t bandId, const Detector& detector, int kind) {
+    if (detector.id < 1 || detector.id > CoefficientTable::detectorCount) {
+        diagnostics_.say("detector ", detector.id, " is outside 1 to 12\n");
+        return false;
+    }
+    const std::string_view name = CoefficientTable::kindNames[static_cast<std::size_t>(kind)];
+    const long count = table_.appendValues(detector.id, kind, document_.GetData());
+    if (count != detector.pixels) {
+        diagnostics_.say("Found ", count, " ", name, " pixels instead of ", detector.pixels,
+                         " for detector ", detector.id, "\n");
+        return false;
+    }
+    diagnostics_.say(bandId, "-", detector.id, ":", detector.pixels, " ", name, " values\n");
+    return true;
+}

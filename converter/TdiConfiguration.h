@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+
+#include "converter/CoefficientTable.h"
+#include "converter/Diagnostics.h"
+#include "converter/RecordWriter.h"
+#include "markup/Markup.h"
+
+/// One time-delay-integration configuration of a file: reads a `COEFFICIENTS_LIST` element and
+/// writes its block of the record, fields 13 to 17.
+class TdiConfiguration {
+  public:
+    /// Starts at the document's current element, a `COEFFICIENTS_LIST`. Nothing is owned; all must
+    /// outlive the object.
+    TdiConfiguration(MarkupDocument& document, RecordWriter& record, Diagnostics& diagnostics)
+        : document_(document), record_(record), diagnostics_(diagnostics) {}
+
+    /// Reads the coefficients of every detector and writes the block. `bandId` goes into progress
+    /// lines, `epsilon` into the block. Leaves the document back among the `COEFFICIENTS_LIST`
+    /// elements. Returns false, with a message, when the run has to stop; the block is incomplete
+    /// then.
+    bool convert(std::uint8_t bandId, double epsilon);
+
+  private:
+    struct Detector {
+        int id;
+        std::int16_t pixels;
+    };
+
+    bool readDetector(std::uint8_t bandId);
+    bool readVector(std::uint8_t bandId, const Detector& detector, int kind);
+
+    MarkupDocument& document_;
+    RecordWriter& record_;
+    Diagnostics& diagnostics_;
+    CoefficientTable table_;
+    std::int16_t maxPixels_ = 0;  ///< the largest pixel count of a detector, never negative
+};
