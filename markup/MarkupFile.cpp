@@ -64,8 +64,7 @@ bool readFile(TextArg path, std::string& text, std::string& results, int& flags,
 
 /// The value of "charset=" in the content of a meta element that gives the content type.
 std::string charsetOfMeta(std::string_view text, const NodePos& node) {
-    const auto tag = text.substr(0, static_cast<std::size_t>(node.start + node.length));
-    TokenPos type(tag, DocFlagIgnoreCase, node.start + 1);
+    TokenPos type(text, DocFlagIgnoreCase, node.start + 1);
     TokenPos content = type;
     if (!type.FindAttrib("http-equiv") || !type.Match("Content-Type") ||
         !content.FindAttrib("content")) {

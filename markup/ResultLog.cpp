@@ -131,7 +131,7 @@ std::string writeAttribute(const Attributes::Attribute& attribute) {
 void setAttribute(std::string& log, int start, const Attributes::Attribute& attribute) {
     NodePos record;
     TokenPos(log, 0, start).ParseNode(record);
-    const auto end = static_cast<std::size_t>(start + record.length);
+    const auto end = static_cast<std::size_t>(start) + static_cast<std::size_t>(record.length);
     TokenPos token(std::string_view(log).substr(0, end), 0, start + 1);
     if (token.FindAttrib(attribute.name)) {
         log.replace(static_cast<std::size_t>(token.left), token.token().size(), attribute.value);

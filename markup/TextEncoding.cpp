@@ -61,6 +61,7 @@ class IConvHandle {
     iconv_t get() const { return handle_; }
 
   private:
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): this is how iconv_open says that it failed
     static iconv_t closed() { return reinterpret_cast<iconv_t>(-1); }
 
     iconv_t handle_;

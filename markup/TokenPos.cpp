@@ -34,7 +34,9 @@ void TokenPos::x_SetToken(std::size_t first, std::size_t end) {
 }
 
 std::string_view TokenPos::token() const {
-    return text_.substr(static_cast<std::size_t>(left), static_cast<std::size_t>(right - left + 1));
+    const auto first = static_cast<std::size_t>(left);
+    const auto last = static_cast<std::size_t>(right);  // wraps for an empty token at 0, and back
+    return text_.substr(first, last + 1 - first);
 }
 
 bool TokenPos::Match(TextArg name) const {
