@@ -19,14 +19,3 @@ TEST(PredefEntityTable, HoldsExactlyThePublishedRowsAndFindsTheCapitalOne) {
     }
     EXPECT_EQ(sum, 0xd8215f7b5600ef3aU);
 }
-
-TEST(PredefEntityTable, SpotRows) {
-    const struct {
-        const char* name;
-        int codePoint;
-    } rows[] = {{"oslash", 216}, {"darr", 8659}, {"yuml", 376},  {"prime", 8243}, {"lang", 9001},
-                {"rang", 9002},  {"apos", 39},   {"euro", 8364}, {"", 0},         {"nbsp ", 0}};
-    for (const auto& row : rows) {
-        EXPECT_EQ(x_FindPredefEntity(row.name), row.codePoint) << row.name;
-    }
-}
