@@ -27,7 +27,7 @@ void RecordWriter::bytes(const void* data, std::size_t size) {
         write(static_cast<const char*>(data), size);
         return;
     }
-    std::memcpy(buffer_.get() + used_, data, size);
+    std::memcpy(buffer_.data() + used_, data, size);
     used_ += size;
 }
 
@@ -35,7 +35,7 @@ void RecordWriter::flush() {
     const std::size_t size = used_;
     // Emptied first: what could not be written once is not tried again.
     used_ = 0;
-    write(buffer_.get(), size);
+    write(buffer_.data(), size);
 }
 
 void RecordWriter::write(const char* data, std::size_t size) const {

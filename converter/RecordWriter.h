@@ -1,7 +1,7 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
-#include <memory>
 #include <string_view>
 #include <type_traits>
 
@@ -13,8 +13,7 @@
 class RecordWriter {
   public:
     /// The descriptor is not owned and stays open.
-    explicit RecordWriter(int descriptor)
-        : descriptor_(descriptor), buffer_(std::make_unique_for_overwrite<char[]>(bufferSize)) {}
+    explicit RecordWriter(int descriptor) : descriptor_(descriptor) {}
 
     /// The character that fills a number up to width 2 from now on; a space at first.
     void setFill(char fill) { fill_ = fill; }
@@ -41,5 +40,6 @@ class RecordWriter {
     int descriptor_;
     char fill_ = ' ';
     std::size_t used_ = 0;
-    std::unique_ptr<char[]> buffer_;
+    /// Part of the object, so that there is no memory to run out of.
+    std::array<char, bufferSize> buffer_;
 };
