@@ -4,6 +4,7 @@
 #include <climits>
 #include <new>
 
+#include "markup/CharClass.h"
 #include "markup/FilePos.h"
 #include "markup/Markup.h"
 #include "markup/ResultLog.h"
@@ -72,7 +73,8 @@ std::string charsetOfMeta(std::string_view text, const NodePos& node) {
     }
     TokenPos value(content.token(), DocFlagIgnoreCase);
     while (value.FindName()) {
-        if (value.Match("charset") && value.FindName() && value.Match("=") && value.FindName()) {
+        if (value.Match("charset") && value.FindName() && value.Match("=") && value.FindName() &&
+            !x_IsClass(value.token().front(), ClassName)) {
             return value.GetTokenText();
         }
     }
