@@ -25,7 +25,7 @@ FAMILIES = {
     "nested unended tags": (lambda n: ROOT + b"<aaaa>" * n, 1_000_000),
     "n open and n lone end tags": (lambda n: ROOT + b"<a>" * n + b"</b>" * n, 500_000),
     "n open tags, n ends of the outermost": (lambda n: ROOT + b"<a><b>" * n + b"</a>" * n, 300_000),
-    "names of =": (lambda n: ROOT + b"<a" + b"=" * n + b"></a=>" * 20, 400_000),
+    "names of =": (lambda n: ROOT + b"<a" + b"=" * n + b"></a=>" * 20, 4_000_000),
     "attributes in one tag": (
         lambda n: DATA + b"<COEFFICIENTS " + b"".join(b"a%d='1' " % i for i in range(n)) +
         b"detector_id='1'></COEFFICIENTS>", 1_000_000),

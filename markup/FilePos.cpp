@@ -99,6 +99,8 @@ bool FilePos::FileOpen(TextArg path) {
         return FileErrorAddResult();
     }
     charUnitSize = 1;
+    fileByteOffset = 0;
+    encoding.clear();
     if (!x_Measure() || (fileByteLength != 0 && !x_FindEncoding())) {
         FileErrorAddResult();
         file_.reset();
@@ -208,7 +210,9 @@ bool FilePos::FileRead(void* buffer) {
 }
 
 bool FilePos::FileCheckRaggedEnd(void* buffer) {
-    TextEncoding end(encoding, buffer, opTextLength);
+    // The text of two-byte units is in host order by now, and a text of bytes is no UTF-16 whatever
+    // it claims to be.
+    TextEncoding end(charUnitSize == 2 ? "UTF-16" : sourceEncoding(encoding), buffer, opTextLength);
     int trailingBytes = 0;
     if (!end.FindRaggedEnd(trailingBytes)) {
         x_AddResult(ioResult, "truncation_error", encoding.empty() ? "ANSI" : encoding,

@@ -51,14 +51,12 @@ bool MarkupDocument::IsWellFormed() const {
     if (hasFlag(DocFlagWriteFile)) {
         return true;
     }
-    if (x_RecordCount() == 0) {
+    const bool hasRecords = x_RecordCount() != 0;
+    if (hasRecords && tree_[0].hasFlag(ElemFlagIllFormed)) {
         return false;
     }
-    const ElemPos& document = tree_[0];
-    if (document.hasFlag(ElemFlagIllFormed)) {
-        return false;
-    }
-    return hasFlag(DocFlagReadFile) || (document.child != 0 && tree_[document.child].next == 0);
+    return hasFlag(DocFlagReadFile) ||
+           (hasRecords && tree_[0].child != 0 && tree_[tree_[0].child].next == 0);
 }
 
 std::string MarkupDocument::GetError() const {

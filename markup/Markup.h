@@ -149,6 +149,7 @@ class MarkupDocument {
     bool x_ParseDoc();
     /// Parses nodes from the token's next offset to the end of the text, making the elements
     /// children of record `parent`. Returns the first record made, 0 if none.
+    /// Requires: the token runs over this document's text.
     int x_ParseElem(int parent, TokenPos& token);
 
     /// The next element after sibling `from`, or from the first child of `parent` when that is 0,
@@ -161,9 +162,10 @@ class MarkupDocument {
     /// Drops saved positions whose record was released.
     void x_CheckSavedPos();
 
-    /// Hands out a record, its content undefined, growing the tree when it is used up.
+    /// Hands out a record, all zero, growing the tree when it is used up.
     int x_GetFreePos();
-    /// Puts a record on the list of deleted ones and returns its former next link.
+    /// Puts a record on the list of deleted ones and returns its former next link; 0 when there is
+    /// no such element.
     int x_ReleasePos(int pos);
     /// Makes room for `n` records; 0 means half as many again as are in use. Always true.
     bool x_AllocElemPos(int n = 0);
@@ -172,7 +174,8 @@ class MarkupDocument {
     int x_RecordCount() const { return tree_.size() == 0 ? 0 : freePos_; }
     /// Record `pos`. Requires: 0 <= pos < x_RecordCount().
     const ElemPos& x_Record(int pos) const { return tree_[pos]; }
-    /// True length of the start tag of record `pos`, also where the record keeps only low bits.
+    /// True length of the start tag of record `pos`, also where the record keeps only low bits; 0
+    /// when there is no such element.
     int x_StartTagLength(int pos) const;
 
     /// Checks every rule that holds between records, position and text, in time linear in the
@@ -184,8 +187,10 @@ class MarkupDocument {
 
     bool hasFlag(int flag) const { return (docFlags_ & flag) != 0; }
     bool inFileMode() const { return hasFlag(DocFlagReadFile | DocFlagWriteFile); }
+    bool isRecord(int pos) const { return pos >= 0 && pos < x_RecordCount(); }
     bool isElement(int pos) const { return pos > 0 && pos < x_RecordCount(); }
 
+    void x_ForgetRecords() noexcept;
     void x_ResetRecords();
     void x_AppendResults(const std::string& results);
     void x_OpenElem(Parse& parse, const TokenPos& token, const NodePos& node);

@@ -14,7 +14,8 @@ std::string_view MarkupDocument::x_Slice(int offset, int length) const {
 /// The name in the start tag of record `pos`: from behind the "<" to a byte that ends names.
 std::string_view MarkupDocument::x_TagNameAt(int pos) const {
     const std::string_view text = docText_;
-    const std::size_t first = static_cast<std::size_t>(tree_[pos].start) + 1;
+    // A record fresh from x_GetFreePos lies nowhere in the text.
+    const std::size_t first = std::min(static_cast<std::size_t>(tree_[pos].start) + 1, text.size());
     std::size_t end = first;
     while (end < text.size() && !x_IsClass(text[end], ClassName)) {
         ++end;
@@ -55,6 +56,9 @@ std::string MarkupDocument::GetTagName() const {
 }
 
 int MarkupDocument::x_StartTagLength(int pos) const {
+    if (!isElement(pos)) {
+        return 0;
+    }
     const ElemPos& elem = tree_[pos];
     if (static_cast<std::uint32_t>(elem.length) <= ElemPos::startTagMask) {
         return elem.packedStartTagLength();

@@ -4,12 +4,21 @@
 #include <climits>
 #include <new>
 
-#include "markup/CharClass.h"
 #include "markup/FilePos.h"
 #include "markup/Markup.h"
 #include "markup/ResultLog.h"
 
 namespace {
+
+/// Adds the "file_error" of a failed allocation, if there is memory for that.
+void addOutOfMemory(std::string& results) noexcept {
+    try {
+        FilePos failed(0);
+        failed.FileErrorAddResult(ENOMEM);
+        results += failed.ioResult;
+    } catch (const std::bad_alloc&) {
+    }
+}
 
 /// Reads the whole of an open file into `text` and closes it.
 bool readOpenFile(FilePos& file, std::string& text) {
@@ -55,30 +64,39 @@ bool readFile(TextArg path, std::string& text, std::string& results, int& flags,
         flags = file.docFlags;
         return isRead;
     } catch (const std::bad_alloc&) {
-        FilePos failed(0);
-        failed.FileErrorAddResult(ENOMEM);
-        results += failed.ioResult;
         std::string().swap(text);
+        addOutOfMemory(results);
         return false;
     }
 }
 
 /// The value of "charset=" in the content of a meta element that gives the content type.
-std::string charsetOfMeta(std::string_view text, const NodePos& node) {
-    TokenPos type(text, DocFlagIgnoreCase, node.start + 1);
+std::string charsetOfMeta(std::string_view document, const NodePos& node) {
+    TokenPos type(document, DocFlagIgnoreCase, node.start + 1);
     TokenPos content = type;
     if (!type.FindAttrib("http-equiv") || !type.Match("Content-Type") ||
         !content.FindAttrib("content")) {
         return {};
     }
-    TokenPos value(content.token(), DocFlagIgnoreCase);
-    while (value.FindName()) {
-        if (value.Match("charset") && value.FindName() && value.Match("=") && value.FindName() &&
-            !x_IsClass(value.token().front(), ClassName)) {
-            return value.GetTokenText();
+    const std::string_view text = content.token();
+    TokenPos value(text, DocFlagIgnoreCase);
+    bool afterCharset = false;
+    bool afterEqual = false;
+    while (true) {
+        if (value.FindName()) {
+            if (afterEqual) {
+                return value.GetTokenText();
+            }
+            afterCharset = value.Match("charset");
+            continue;
         }
+        const auto mark = static_cast<std::size_t>(value.next++);
+        if (mark == text.size()) {
+            return {};
+        }
+        afterEqual = afterCharset && text[mark] == '=';
+        afterCharset = false;
     }
-    return {};
 }
 
 /// The "encoding" of an XML declaration; false when the node at the start of `text` is none. A
@@ -102,19 +120,19 @@ bool MarkupDocument::Load(TextArg path) {
     if (inFileMode()) {
         return false;
     }
-    if (readFile(path, docText_, resultText_, docFlags_, nullptr)) {
-        try {
-            return x_ParseDoc();
-        } catch (const std::bad_alloc&) {
-            std::string().swap(docText_);
-            x_ResetRecords();
-            FilePos failed(0);
-            failed.FileErrorAddResult(ENOMEM);
-            resultText_ += failed.ioResult;
-        }
+    // First of all: a load that fails must not leave records of the text that it replaces.
+    x_ForgetRecords();
+    if (!readFile(path, docText_, resultText_, docFlags_, nullptr)) {
+        return false;
     }
-    x_ResetRecords();
-    return false;
+    try {
+        return x_ParseDoc();
+    } catch (const std::bad_alloc&) {
+        x_ForgetRecords();
+        std::string().swap(docText_);
+        addOutOfMemory(resultText_);
+        return false;
+    }
 }
 
 bool MarkupDocument::ReadTextFile(TextArg path, std::string& text, std::string* results, int* flags,

@@ -23,7 +23,8 @@ bool MarkupDocument::FindElem(TextArg name) {
 }
 
 int MarkupDocument::x_FindElem(int parent, int from, const PathPos& path) const {
-    if (x_RecordCount() == 0 || (path.type != PathAny && path.type != PathRelative)) {
+    if (!isRecord(parent) || !isRecord(from) ||
+        (path.type != PathAny && path.type != PathRelative)) {
         return 0;
     }
     int pos = from != 0 ? tree_[from].next : tree_[parent].child;

@@ -32,18 +32,30 @@ bool MarkupDocument::x_ParseDoc() {
     return IsWellFormed();
 }
 
-/// Leaves the records of an empty document: what any earlier text left must not be followed.
-void MarkupDocument::x_ResetRecords() {
+/// Leaves no records but the document's own, without needing memory: what any earlier text left
+/// must not be followed, whatever fails next.
+void MarkupDocument::x_ForgetRecords() noexcept {
     pos_ = {};
     savedPos_.RemoveAll();
     freePos_ = 1;
     deletedPos_ = 0;
+    if (tree_.size() != 0) {
+        tree_[0] = {};
+    }
+}
+
+/// Leaves the records of an empty document, with room for those of the text.
+void MarkupDocument::x_ResetRecords() {
+    x_ForgetRecords();
     // One record for each 64 bytes of text is about what parameter files need.
     x_AllocElemPos(static_cast<int>(docText_.size() / 64 + 8));
     tree_[0] = {};
 }
 
 int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
+    if (!isRecord(parent)) {
+        return 0;
+    }
     Parse parse{OpenTagStack(hasFlag(DocFlagIgnoreCase)), parent, parent, tree_[parent].level()};
     NodePos node;
     while (true) {
@@ -80,7 +92,6 @@ void MarkupDocument::x_OpenElem(Parse& parse, const TokenPos& token, const NodeP
     ElemPos& elem = tree_[pos];
     // A level beyond 16 bits keeps its low bits; it must not run into the flags.
     const int level = parse.levelBase + parse.tags.depth();
-    elem = {};
     elem.start = node.start;
     elem.length = node.length;
     elem.setStartTagLength(node.length);
@@ -178,10 +189,14 @@ int MarkupDocument::x_GetFreePos() {
         const int size = tree_.size();
         tree_.GrowElemPosTree(std::max({size + size / 2, size + 1, 8}));
     }
+    tree_[freePos_] = {};
     return freePos_++;
 }
 
 int MarkupDocument::x_ReleasePos(int pos) {
+    if (!isElement(pos)) {
+        return 0;
+    }
     ElemPos& elem = tree_[pos];
     const int next = elem.next;
     elem.levelAndFlags = ElemFlagDeleted;

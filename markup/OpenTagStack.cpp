@@ -47,7 +47,7 @@ void OpenTagStack::pop() {
     const int popped = depth();
     tags_.pop_back();
     while (!entries_.empty() && entries_.back().depth == popped) {
-        nodeDepth_[static_cast<std::size_t>(entries_.back().node)] = entries_.back().outerDepth;
+        at(entries_.back()).depth = entries_.back().outerDepth;
         entries_.pop_back();
     }
     entered_ = entered_ < popped ? entered_ : popped - 1;
@@ -66,14 +66,35 @@ int OpenTagStack::findMatch(std::string_view endName) {
     int node = 0;
     bool isFirst = true;
     do {
-        const auto found = nodes_.find({node, cutSegment(rest, isFirst)});
-        if (found == nodes_.end()) {
+        node = findChild(node, cutSegment(rest, isFirst));
+        if (node == 0) {
             return 0;
         }
-        node = found->second;
         isFirst = false;
     } while (!rest.empty());
-    return nodeDepth_[static_cast<std::size_t>(node)];
+    return nodes_[static_cast<std::size_t>(node)].depth;
+}
+
+int OpenTagStack::findChild(int node, std::string_view segment) const {
+    const Node& parent = nodes_[static_cast<std::size_t>(node)];
+    if (parent.firstChild == 0 || parent.firstSegment == segment) {
+        return parent.firstChild;
+    }
+    const auto found = otherChildren_.find({node, segment});
+    return found == otherChildren_.end() ? 0 : found->second;
+}
+
+int OpenTagStack::addChild(int node, std::string_view segment) {
+    const int child = static_cast<int>(nodes_.size());
+    nodes_.emplace_back();
+    Node& parent = nodes_[static_cast<std::size_t>(node)];
+    if (parent.firstChild == 0) {
+        parent.firstChild = child;
+        parent.firstSegment = segment;
+    } else {
+        otherChildren_.emplace(Key{node, segment}, child);
+    }
+    return child;
 }
 
 void OpenTagStack::enterPending() {
@@ -90,13 +111,10 @@ void OpenTagStack::enter(int depth) {
     int node = 0;
     bool isFirst = true;
     do {
-        const Key key{node, cutSegment(rest, isFirst)};
-        const auto [place, isNew] = nodes_.try_emplace(key, static_cast<int>(nodeDepth_.size()));
-        if (isNew) {
-            nodeDepth_.push_back(0);
-        }
-        node = place->second;
-        int& innermost = nodeDepth_[static_cast<std::size_t>(node)];
+        const std::string_view segment = cutSegment(rest, isFirst);
+        const int child = findChild(node, segment);
+        node = child != 0 ? child : addChild(node, segment);
+        int& innermost = nodes_[static_cast<std::size_t>(node)].depth;
         entries_.push_back({node, depth, innermost});
         innermost = depth;
         isFirst = false;

@@ -44,6 +44,11 @@ class OpenTagStack {
             return parent != other.parent ? parent < other.parent : segment < other.segment;
         }
     };
+    struct Node {
+        int depth = 0;       ///< depth of the innermost tag entered here, 0 = none
+        int firstChild = 0;  ///< kept apart from the others: most nodes of long names have only one
+        std::string_view firstSegment;
+    };
     /// An open tag at a node, and the depth that stood there before it.
     struct Entry {
         int node;
@@ -53,13 +58,15 @@ class OpenTagStack {
 
     void enterPending();
     void enter(int depth);
+    int findChild(int node, std::string_view segment) const;
+    int addChild(int node, std::string_view segment);
+    Node& at(Entry entry) { return nodes_[static_cast<std::size_t>(entry.node)]; }
 
     bool ignoreCase_;
     std::vector<Tag> tags_;
-    int entered_ = 0;           ///< tags up to this depth are in the index
-    std::map<Key, int> nodes_;  ///< node numbers, from 1
-    std::vector<int> nodeDepth_{
-        0};                       ///< by node: depth of the innermost tag entered there, 0 = none
-    std::vector<Entry> entries_;  ///< in the order of entering; undone from the back
-    std::deque<std::string> folded_;  ///< owns the folded names that keys view
+    int entered_ = 0;                   ///< tags up to this depth are in the index
+    std::vector<Node> nodes_{Node{}};   ///< by number; 0 is the root
+    std::map<Key, int> otherChildren_;  ///< numbers of the children that aren't their node's first
+    std::vector<Entry> entries_;        ///< in the order of entering; undone from the back
+    std::deque<std::string> folded_;    ///< owns the folded names that keys view
 };

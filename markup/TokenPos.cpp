@@ -1,5 +1,7 @@
 #include "markup/TokenPos.h"
 
+#include <algorithm>
+
 #include "markup/CharClass.h"
 #include "markup/NameCompare.h"
 #include "markup/ResultLog.h"
@@ -13,6 +15,10 @@ constexpr bool isQuote(char c) {
 }
 
 }  // namespace
+
+std::size_t TokenPos::position() const {
+    return next < 0 ? text_.size() : std::min(static_cast<std::size_t>(next), text_.size());
+}
 
 std::size_t TokenPos::skip(std::size_t pos, unsigned classes) const {
     while (pos < text_.size() && x_IsClass(text_[pos], classes)) {
@@ -45,11 +51,8 @@ bool TokenPos::Match(TextArg name) const {
 
 bool TokenPos::FindName() {
     flags_ &= ~TokenFlagQuoted;
-    const std::size_t first = skip(static_cast<std::size_t>(next), ClassSpace);
-    std::size_t end = skipTo(first, ClassName);
-    if (end == first && end < text_.size()) {
-        ++end;
-    }
+    const std::size_t first = skip(position(), ClassSpace);
+    const std::size_t end = skipTo(first, ClassName);
     x_SetToken(first, end);
     next = static_cast<int>(end);
     return end > first;
@@ -59,7 +62,7 @@ bool TokenPos::FindName() {
 /// byte that ends names is a token by itself. False at the end of the text.
 bool TokenPos::x_NextAttribToken(bool afterEqual) {
     flags_ &= ~TokenFlagQuoted;
-    const std::size_t first = skip(static_cast<std::size_t>(next), ClassSpace);
+    const std::size_t first = skip(position(), ClassSpace);
     if (first == text_.size()) {
         next = static_cast<int>(first);
         return false;
@@ -84,7 +87,10 @@ bool TokenPos::x_NextAttribToken(bool afterEqual) {
 bool TokenPos::FindAttrib(TextArg name, int index, std::string* attribName) {
     bool afterEqual = false;
     bool found = false;
-    int number = -1;  // the first name is the tag's own
+    int number = 0;
+    if (!x_NextAttribToken(false)) {  // the tag's own name, whatever it is
+        return false;
+    }
     while (x_NextAttribToken(afterEqual)) {
         if (afterEqual) {
             if (found) {
@@ -108,7 +114,7 @@ bool TokenPos::FindAttrib(TextArg name, int index, std::string* attribName) {
         if (quoted) {
             continue;
         }
-        found = number >= 0 && (name.isNull() ? number == index : Match(name));
+        found = name.isNull() ? number == index : Match(name);
         if (found && attribName != nullptr) {
             *attribName = token();
         }
@@ -121,9 +127,9 @@ bool TokenPos::FindAttrib(TextArg name, int index, std::string* attribName) {
 int TokenPos::ParseNode(NodePos& node) {
     node.results.clear();
     node.flags = 0;
-    node.start = next;
-    const auto start = static_cast<std::size_t>(next);
-    if (start >= text_.size()) {
+    const std::size_t start = position();
+    node.start = static_cast<int>(start);
+    if (start == text_.size()) {
         return x_EndNode(node, NodeEndOfText, start);
     }
     if (text_[start] != '<') {

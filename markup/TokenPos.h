@@ -40,7 +40,7 @@ class TokenPos {
     int ParseNode(NodePos& node);
 
     /// Reads the next name after white space: up to white space or one of ! " ' / ; < = > ? \.
-    /// One of these bytes standing alone is a token of one byte. False at the end of the text.
+    /// False, with an empty token, where one of these bytes or the end of the text stands.
     bool FindName();
 
     /// Walks the attributes of a tag from `next`, which lies behind its "<". Finds the first
@@ -61,6 +61,8 @@ class TokenPos {
     int next = 0;    ///< where scanning goes on
 
   private:
+    /// `next`, or the end of the text when it lies outside.
+    std::size_t position() const;
     std::size_t skip(std::size_t pos, unsigned classes) const;
     std::size_t skipTo(std::size_t pos, unsigned classes) const;
     bool x_NextAttribToken(bool afterEqual);

@@ -40,6 +40,7 @@ class Script {
             {"restore", [](S& s, const A& a) { return answer(s.doc.RestorePos(name(a), map(a))); }},
             {"mapsize", [](S& s, const A& a) { return answer(s.doc.SetMapSize(std::stoi(a[0]), map(a))); }},
             {"release", [](S& s, const A& a) { return s.release(std::stoi(a[0])); }},
+            {"outofrange", [](S& s, const A&) { return s.outOfRange(); }},
             {"pos", [](S& s, const A&) { return s.position(); }},
             {"name", [](S& s, const A&) { return s.doc.GetTagName(); }},
             {"data", [](S& s, const A&) { return s.doc.GetData(); }},
@@ -58,7 +59,8 @@ class Script {
         const auto found = operations.find(operation);
         const std::string result =
             found == operations.end() ? "no such operation" : found->second(*this, arguments);
-        isEdited_ = operation == "release" || (isEdited_ && operation != "doc");
+        isEdited_ = operation == "release" || operation == "outofrange" ||
+                    (isEdited_ && operation != "doc");
         const std::string broken = isEdited_ ? "" : doc.checkInvariants();
         return broken.empty() ? result : "broken: " + broken;
     }
@@ -77,6 +79,21 @@ class Script {
             text += a[1];
         }
         return text + a[3];
+    }
+
+    /// What the workers give for records that are not there, and a cursor outside its text.
+    std::string outOfRange() {
+        std::ostringstream out;
+        PathPos any{TextArg(nullptr)};
+        for (const int pos : {-1, 0, doc.x_RecordCount(), 1 << 24}) {
+            TokenPos token("<a b='1'>", 0, pos == 0 ? -1 : pos + 100);
+            NodePos node;
+            out << doc.x_FindElem(pos, pos, any) << doc.x_ReleasePos(pos)
+                << doc.x_StartTagLength(pos) << doc.x_GetTagName(pos) << doc.x_GetData(pos)
+                << doc.x_GetAttrib(pos, "b") << (pos == 0 ? 0 : doc.x_ParseElem(pos, token))
+                << token.ParseNode(node) << token.FindName() << token.FindAttrib("b") << ' ';
+        }
+        return out.str() + doc.x_GetTagName(doc.x_GetFreePos());
     }
 
     std::string release(int pos) {
