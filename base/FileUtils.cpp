@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -21,8 +22,9 @@ std::string_view viewOf(const char* text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
+// Throws std::length_error for more than a String holds. Requires: a text that is not null.
 String toString(std::string_view text) {
-    return String(text.data(), static_cast<int>(text.size()));
+    return String(text.data(), text.size() > INT_MAX ? -1 : static_cast<int>(text.size()));
 }
 
 // One directory that is being listed: its remaining names, and who it is, to find cycles.

@@ -3,11 +3,11 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <chrono>
 #include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <limits>
 
 namespace vek {
 
@@ -15,8 +15,15 @@ namespace {
 
 constexpr std::int64_t epoch = 946684800;  // 2000-01-01T00:00:00 UTC in Unix time
 constexpr std::int64_t perSecond = 1000000;
-constexpr std::int64_t perDay = 86400 * perSecond;
+constexpr std::int64_t daySeconds = 86400;
+constexpr std::int64_t perDay = daySeconds * perSecond;
 constexpr int tmYearBase = 1900;  // tm_year counts from here
+
+// The Gregorian calendar repeats itself after this many years. One round of it, from 2000 on, is
+// taken from the standard library, whose years have only 16 bits.
+constexpr int cycleYears = 400;
+constexpr std::int64_t cycleDays = 146097;
+constexpr std::chrono::sys_days firstDay{std::chrono::year(2000) / 1 / 1};
 
 // The ends of a signed 32-bit Unix time stand for what cannot be converted: years below 1971
 // become the lower one, all others the upper one.
@@ -31,9 +38,9 @@ int decimalsOf(int precision) {
     return std::min(precision < 0 ? JulianDate::d_precision : precision, maxPrecision);
 }
 
-// Whole seconds rounded down, also before 2000.
-std::int64_t floorSeconds(std::int64_t microseconds) {
-    return microseconds / perSecond - (microseconds % perSecond < 0 ? 1 : 0);
+// Division rounded down, also below 0.
+constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) {
+    return a / b - (a % b < 0 ? 1 : 0);
 }
 
 std::int64_t saturatingAdd(std::int64_t a, std::int64_t b) {
@@ -49,25 +56,46 @@ bool fitsInt64(double value) {
     return value >= -0x1p63 && value < 0x1p63;
 }
 
-// Broken-down UTC of a number of seconds since 2000; null when its year is no int.
-const std::tm* fieldsOf(std::int64_t seconds, std::tm& storage) {
-    const std::time_t time = seconds + epoch;
-    return gmtime_r(&time, &storage);
+// The calendar is worked out here and not by gmtime and timegm: where the zone of the process
+// counts leap seconds ("right/UTC") these do so, too.
+
+// Broken-down UTC of a number of seconds since 2000 that comes from a count of microseconds.
+std::tm fieldsOf(std::int64_t seconds) {
+    const std::int64_t day = floorDivide(seconds, daySeconds);
+    const std::int64_t cycle = floorDivide(day, cycleDays);
+    const std::chrono::year_month_day date{firstDay + std::chrono::days(day - cycle * cycleDays)};
+    const int second = static_cast<int>(seconds - day * daySeconds);
+    std::tm fields{};
+    fields.tm_year = int{date.year()} - tmYearBase + static_cast<int>(cycle) * cycleYears;
+    fields.tm_mon = static_cast<int>(unsigned{date.month()}) - 1;
+    fields.tm_mday = static_cast<int>(unsigned{date.day()});
+    fields.tm_hour = second / 3600;
+    fields.tm_min = second / 60 % 60;
+    fields.tm_sec = second % 60;
+    return fields;
 }
 
-// Microseconds since 2000 of UTC fields. False when there is no such time or it does not fit.
-bool wholeMicroseconds(std::tm fields, std::int64_t& result) {
-    fields.tm_isdst = 0;
-    fields.tm_wday = -1;  // stays when the conversion fails; -1 as the time is a valid result
-    const std::int64_t time = timegm(&fields);
-    return fields.tm_wday >= 0 && !__builtin_mul_overflow(time - epoch, perSecond, &result);
+// Seconds from 2000 to the start of a month of a year of any size.
+std::int64_t startOf(std::int64_t year, unsigned month) {
+    const std::int64_t cycle = floorDivide(year - 2000, cycleYears);
+    const std::chrono::year inCycle{static_cast<int>(year - cycle * cycleYears)};
+    const std::chrono::sys_days date{inCycle / std::chrono::month(month) / 1};
+    return (cycle * cycleDays + (date - firstDay).count()) * daySeconds;
+}
+
+// Seconds since 2000 of UTC fields, out-of-range ones carried over.
+std::int64_t secondsOf(const std::tm& fields) {
+    const std::int64_t carried = floorDivide(fields.tm_mon, 12);
+    const auto month = static_cast<unsigned>(fields.tm_mon - carried * 12 + 1);
+    return startOf(tmYearBase + carried + fields.tm_year, month) +
+           (fields.tm_mday - std::int64_t{1}) * daySeconds + fields.tm_hour * std::int64_t{3600} +
+           fields.tm_min * std::int64_t{60} + fields.tm_sec;
 }
 
 // An instant rounded for printing: the seconds since 2000 and their calendar fields.
 struct Rounded {
     double seconds;
-    std::tm storage;
-    const std::tm* fields;  // storage, or null
+    std::tm fields;
 
     Rounded(std::int64_t microseconds, int precision) {
         const int decimals = decimalsOf(precision);
@@ -75,10 +103,8 @@ struct Rounded {
             std::round(static_cast<double>(microseconds) / powersOf10[maxPrecision - decimals]) /
             powersOf10[decimals];
         // Truncated toward zero, as required, not rounded down.
-        fields = fieldsOf(static_cast<std::int64_t>(seconds), storage);
+        fields = fieldsOf(static_cast<std::int64_t>(seconds));
     }
-    Rounded(const Rounded&) = delete;
-    Rounded& operator=(const Rounded&) = delete;
 };
 
 // The date layouts in the order in which they are tried.
@@ -159,9 +185,10 @@ const char* const JulianDate::months_fullname[12] = {
 
 int verifyFill(const char* text, std::tm fields, const char* monthName, int& consumed) {
     if (consumed <= 0) {
-        const bool counts = *monthName != '\0' && fields.tm_mday != 0 && fields.tm_year != 0;
-        const std::size_t length = std::min<std::size_t>(std::strlen(text), INT_MAX);
-        consumed = counts ? static_cast<int>(length) : 0;
+        const bool hasMonth = monthName != nullptr && *monthName != '\0';
+        const bool counts = hasMonth && fields.tm_mday != 0 && fields.tm_year != 0;
+        const std::size_t length = text == nullptr ? 0 : std::strlen(text);
+        consumed = counts ? static_cast<int>(std::min<std::size_t>(length, INT_MAX)) : 0;
     }
     return consumed;
 }
@@ -204,7 +231,13 @@ int JulianDate::update(const std::tm* fields) {
 }
 
 JulianDate& JulianDate::operator+=(int days) {
-    microseconds = saturatingAdd(microseconds, days * perDay);
+    // In steps, because not every int of days fits into the count.
+    constexpr auto most = static_cast<int>(INT64_MAX / perDay);
+    for (int rest = days; rest != 0;) {
+        const int step = std::clamp(rest, -most, most);
+        microseconds = saturatingAdd(microseconds, step * perDay);
+        rest -= step;
+    }
     return *this;
 }
 
@@ -219,8 +252,8 @@ JulianDate& JulianDate::operator+=(double seconds) {
 }
 
 JulianDate& JulianDate::addYears(int n) {
-    std::tm fields;
-    if (n != 0 && fieldsOf(floorSeconds(microseconds), fields) != nullptr) {
+    if (n != 0) {
+        std::tm fields = fieldsOf(floorDivide(microseconds, perSecond));
         // The sum can leave the range of int; its end is no time that the count holds, either.
         fields.tm_year = static_cast<int>(std::clamp(std::int64_t{fields.tm_year} + n,
                                                      std::int64_t{INT_MIN}, std::int64_t{INT_MAX}));
@@ -230,12 +263,12 @@ JulianDate& JulianDate::addYears(int n) {
 }
 
 JulianDate& JulianDate::addMonths(int n) {
-    std::tm fields;
-    if (n != 0 && fieldsOf(floorSeconds(microseconds), fields) != nullptr) {
+    if (n != 0) {
+        std::tm fields = fieldsOf(floorDivide(microseconds, perSecond));
         // Months are carried into the year here, so that a target out of range is limited to
         // the nearer end.
         const std::int64_t month = std::int64_t{fields.tm_mon} + n;
-        const std::int64_t years = month / 12 - (month % 12 < 0 ? 1 : 0);
+        const std::int64_t years = floorDivide(month, 12);
         fields.tm_year += static_cast<int>(years);
         fields.tm_mon = static_cast<int>(month - years * 12);
         moveTo(fields);
@@ -245,52 +278,40 @@ JulianDate& JulianDate::addMonths(int n) {
 
 String JulianDate::strIso(int precision, bool compact) const {
     const Rounded rounded(microseconds, precision);
-    if (rounded.fields == nullptr) {
-        return {};
-    }
     char date[64];
     std::snprintf(date, sizeof(date), compact ? "%.4d%.2d%.2dT" : "%.4d-%.2d-%.2dT",
-                  rounded.fields->tm_year + tmYearBase, rounded.fields->tm_mon + 1,
-                  rounded.fields->tm_mday);
-    return String(date) + timeStr(rounded.fields, rounded.seconds, precision, compact);
+                  rounded.fields.tm_year + tmYearBase, rounded.fields.tm_mon + 1,
+                  rounded.fields.tm_mday);
+    return String(date) + timeStr(&rounded.fields, rounded.seconds, precision, compact);
 }
 
 String JulianDate::str(int precision) const {
     const Rounded rounded(microseconds, precision);
-    if (rounded.fields == nullptr) {
-        return {};
-    }
-    return dateStr(rounded.fields) + " " +
-           timeStr(rounded.fields, rounded.seconds, precision, false);
+    return dateStr(&rounded.fields) + " " +
+           timeStr(&rounded.fields, rounded.seconds, precision, false);
 }
 
 String JulianDate::timeStr(int precision, bool compact) const {
     const Rounded rounded(microseconds, precision);
-    return timeStr(rounded.fields, rounded.seconds, precision, compact);
+    return timeStr(&rounded.fields, rounded.seconds, precision, compact);
 }
 
 String JulianDate::dateStr() const {
-    std::tm fields;
-    return dateStr(fieldsOf(floorSeconds(microseconds), fields));
+    const std::tm fields = fieldsOf(floorDivide(microseconds, perSecond));
+    return dateStr(&fields);
 }
 
 String JulianDate::monthStr() const {
-    std::tm storage;
-    const std::tm* fields = fieldsOf(floorSeconds(microseconds), storage);
-    return fields == nullptr ? String() : String(months_fullname[fields->tm_mon]);
+    return String(months_fullname[fieldsOf(floorDivide(microseconds, perSecond)).tm_mon]);
 }
 
 double JulianDate::julianDayD(int year) const {
     if (year == 2000) {
         return static_cast<double>(microseconds) / static_cast<double>(perDay);
     }
-    std::tm fields{};
-    fields.tm_mday = 1;
-    fields.tm_year = std::max(year, INT_MIN + tmYearBase) - tmYearBase;
-    const std::int64_t start = timegm(&fields) - epoch;
     return (static_cast<double>(microseconds) / static_cast<double>(perSecond) -
-            static_cast<double>(start)) /
-           86400;
+            static_cast<double>(startOf(year, 1))) /
+           static_cast<double>(daySeconds);
 }
 
 String JulianDate::dateStr(const std::tm* fields) {
@@ -317,30 +338,36 @@ String JulianDate::timeStr(const std::tm* fields, double seconds, int precision,
 }
 
 // Sets the instant `fraction` seconds after the UTC `fields`, truncated toward zero; limits it
-// and returns false when there is none.
+// and returns false when the count cannot hold it.
 bool JulianDate::convert(const std::tm& fields, double fraction) {
-    std::int64_t whole;
-    if (wholeMicroseconds(fields, whole)) {
-        const double value = static_cast<double>(whole) + fraction * static_cast<double>(perSecond);
-        if (fitsInt64(value)) {
-            microseconds = static_cast<std::int64_t>(value);
-            return true;
-        }
+    constexpr auto scale = static_cast<double>(perSecond);
+    const double value = static_cast<double>(secondsOf(fields)) * scale + fraction * scale;
+    if (!fitsInt64(value)) {
+        limit(fields);
+        return false;
     }
-    limit(fields);
-    return false;
+    microseconds = static_cast<std::int64_t>(value);
+    return true;
 }
 
 // Sets the whole seconds to the UTC `fields`, with failure as in convert.
 bool JulianDate::moveTo(const std::tm& fields) {
-    const std::int64_t subSecond = microseconds - floorSeconds(microseconds) * perSecond;
-    std::int64_t whole;
-    if (wholeMicroseconds(fields, whole) &&
-        !__builtin_add_overflow(whole, subSecond, &microseconds)) {
-        return true;
+    std::int64_t seconds = secondsOf(fields);
+    std::int64_t subSecond = microseconds % perSecond;
+    subSecond += subSecond < 0 ? perSecond : 0;
+    if (seconds < 0 && subSecond > 0) {
+        // Back from the next second: the earliest instants have no whole second in the count.
+        ++seconds;
+        subSecond -= perSecond;
     }
-    limit(fields);
-    return false;
+    std::int64_t whole;
+    if (__builtin_mul_overflow(seconds, perSecond, &whole) ||
+        __builtin_add_overflow(whole, subSecond, &whole)) {
+        limit(fields);
+        return false;
+    }
+    microseconds = whole;
+    return true;
 }
 
 void JulianDate::limit(const std::tm& fields) {

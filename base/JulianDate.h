@@ -49,10 +49,10 @@ class JulianDate {
     JulianDate& addMonths(int n);
 
     /// "2015-06-23T10:00:00.00", compact "20150623T100000.00", rounded to `precision` decimals
-    /// of the second (none: no "."; at most 6; negative: d_precision). Null when the instant has
-    /// no calendar date.
+    /// of the second (none: no "."; at most 6; negative: d_precision). Half a unit is rounded away
+    /// from zero.
     String strIso(int precision = -1, bool compact = false) const;
-    /// "23-JUN-2015 10:00:00.00"; precision and failure as in strIso.
+    /// "23-JUN-2015 10:00:00.00"; precision as in strIso.
     String str(int precision = -1) const;
     /// The part of strIso behind the "T".
     String timeStr(int precision = -1, bool compact = false) const;
@@ -77,7 +77,7 @@ class JulianDate {
 
 /// Decides whether one attempt to read a date counts. `consumed` is the length that the attempt
 /// used up, 0 when its layout was not matched to the end; in that case it becomes the length of
-/// `text` if `monthName` is not empty and day and year of `fields` are not 0. Returns
+/// `text` if `monthName` is not empty and day and year of `fields` are not 0 (null: ""). Returns
 /// `consumed`: above 0 when the attempt counts.
 int verifyFill(const char* text, std::tm fields, const char* monthName, int& consumed);
 

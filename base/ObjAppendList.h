@@ -109,11 +109,23 @@ class ObjAppendListP : public ObjAppendList<T*> {
         std::unordered_set<T*> seen;
         for (long i = 0; i < this->count(); ++i) {
             T* object = ObjAppendListP::operator[](i);
-            if (object != nullptr && seen.insert(object).second) {
+            if (object != nullptr && isFirst(i, seen)) {
                 delete object;
             }
         }
         this->release();
+    }
+
+  private:
+    // Whether the pointer at `index` has not occurred before. Without memory for the set it looks
+    // through the list instead.
+    bool isFirst(long index, std::unordered_set<T*>& seen) const {
+        T* const* const end = this->data() + index;
+        try {
+            return seen.insert(*end).second;
+        } catch (const std::bad_alloc&) {
+            return std::find(this->data(), end, *end) == end;
+        }
     }
 };
 

@@ -132,10 +132,14 @@ void String::assign(std::string_view text) {
     std::copy_n(text.data(), text.size(), data_.get());
 }
 
-std::unique_ptr<char[]> String::reallocate(std::int64_t length) {
+void String::checkLength(std::size_t length) {
     if (length > INT32_MAX) {
         throw std::length_error("vek::String longer than INT32_MAX");
     }
+}
+
+std::unique_ptr<char[]> String::reallocate(std::int64_t length) {
+    checkLength(static_cast<std::size_t>(length));
     auto block = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(length) + 1);
     block[static_cast<std::size_t>(length)] = '\0';
     length_ = static_cast<std::int32_t>(length);

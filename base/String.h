@@ -150,6 +150,8 @@ class String {
     String& pad(int width, const char* padding);
 
   private:
+    // Throws std::length_error for more than INT32_MAX bytes.
+    static void checkLength(std::size_t length);
     // Makes this string the bytes of `text`, which may lie in the present block.
     void assign(std::string_view text);
     // Replaces the block by an uninitialised one for `length` bytes (any length above INT32_MAX

@@ -2,8 +2,10 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "base/String.h"
 
@@ -140,16 +142,23 @@ String& String::swap(const char* from, const char* to) {
     if (from == nullptr || *from == '\0' || to == nullptr) {
         return *this;
     }
+    const int found = count(from);
+    if (found <= 0) {
+        return *this;
+    }
     const std::size_t fromLength = std::strlen(from);
+    const std::size_t toLength = std::strlen(to);
+    // Both before any work: what is too long for a String can be longer than the memory.
+    checkLength(toLength);
+    const auto growth = static_cast<std::int64_t>(toLength) - static_cast<std::int64_t>(fromLength);
+    checkLength(static_cast<std::size_t>(length_ + found * growth));
     std::string result;
     std::size_t done = 0;
     for (int at = find(from); at >= 0; at = find(from, static_cast<int>(done))) {
         result.append(view().substr(done, static_cast<std::size_t>(at) - done)).append(to);
         done = static_cast<std::size_t>(at) + fromLength;
     }
-    if (done > 0) {
-        assign(result.append(view().substr(done)));
-    }
+    assign(result.append(view().substr(done)));
     return *this;
 }
 
@@ -185,6 +194,7 @@ String& String::escape(bool controls) {
         std::string result;
         for (const char c : view()) {
             appendEscaped(result, c, controls);
+            checkLength(result.size());
         }
         assign(result);
     }
@@ -225,10 +235,9 @@ char* String::openGap(int position, std::int64_t added, std::unique_ptr<char[]>&
 String& String::appendNumber(const char* digits) {
     // find_last_not_of gives npos for "nothing but NULs", hence + 1 gives 0.
     const std::size_t kept = view().find_last_not_of('\0') + 1;
-    if (kept < view().size()) {
-        assign(view().substr(0, kept));
-    }
-    return *this += digits;
+    String result(c_str(), static_cast<int>(kept));
+    result += digits;
+    return *this = std::move(result);
 }
 
 }  // namespace vek
