@@ -1,0 +1,279 @@
+#include "base/InputBStream.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <new>
+
+#include "base/Exception.h"
+#include "base/FileUtils.h"
+#include "base/InputBasicFile.h"
+#include "base/InputMultiFile.h"
+
+namespace vek {
+
+namespace {
+
+constexpr unsigned long most = std::numeric_limits<long>::max();
+constexpr long unknownSizeCapacity = 2048;
+constexpr long usualKeepBack = 1024;
+/// Windows of this size and below keep half of themselves back.
+constexpr long smallCapacity = 2048;
+/// Storage beyond a small window.
+constexpr unsigned long leastSlack = 1UL << 16;
+/// How far getline reads ahead at once; it has to go back behind the delimiter.
+constexpr long linePiece = 512;
+
+std::unique_ptr<char[]> allocate(unsigned long size, const char* place) {
+    std::unique_ptr<char[]> block(size > most ? nullptr : new (std::nothrow) char[size]);
+    if (!block) {
+        const String message = String("cannot allocate read buffer in ") + place;
+        throw StdError(message.c_str(), ENOMEM);
+    }
+    return block;
+}
+
+}  // namespace
+
+InputBStream::InputBStream(const char* name, ByteOrder order) : InputStream(name, order) {
+    if (name == nullptr) {
+        name_.setNull();
+    }
+}
+
+InputBStream::~InputBStream() = default;
+
+unsigned long InputBStream::initBuf(const char* text, unsigned long length) {
+    const unsigned long size = text != nullptr ? std::strlen(text) : length;
+    // One byte more, which stays free: a window that is not full has no more to come.
+    auto block = allocate(size >= most ? most + 1 : size + 1, "InputStream::initBuf");
+    if (text != nullptr) {
+        std::memcpy(block.get(), text, size);
+    } else {
+        std::memset(block.get(), 0, size);
+    }
+    source_.reset();
+    storage_ = std::move(block);
+    base_ = start_ = position_ = keepBack_ = 0;
+    valid_ = static_cast<long>(size);
+    storageSize_ = capacity_ = valid_ + 1;
+    eof_ = fail_ = isFifo_ = false;
+    return size + 1;
+}
+
+void InputBStream::initFile(unsigned long bufferSize, bool) {
+    openSource();
+    chooseWindow(bufferSize);
+    base_ = start_ = position_ = valid_ = 0;
+    eof_ = fail_ = false;
+}
+
+void InputBStream::openSource() {
+    source_.reset();
+    if (name_.isNull() || FileUtils::checkFile(name_.c_str())) {
+        source_ =
+            std::make_unique<InputBasicFile>(name_.isNull() ? nullptr : name_.c_str(), order_);
+        if (name_.isNull()) {
+            name_ = source_->name();
+        }
+    } else {
+        auto chain = std::make_unique<InputMultiFile>(name_.c_str(), order_);
+        chain->open("basic", nullptr);
+        source_ = std::move(chain);
+    }
+    isFifo_ = source_->isFifo();
+}
+
+void InputBStream::chooseWindow(unsigned long bufferSize) {
+    // A whole file is read once: its window hardly ever slides.
+    const unsigned long slack = bufferSize == 0 ? 0 : std::max(bufferSize, leastSlack);
+    unsigned long capacity = bufferSize;
+    if (capacity == 0 && !isFifo_) {
+        capacity = static_cast<unsigned long>(std::max(fileSizeOf(name_.c_str()), 0L));
+    }
+    const bool isKnown = capacity != 0;
+    if (!isKnown) {
+        capacity = unknownSizeCapacity;
+    }
+    const unsigned long wanted = capacity > most - slack ? most + 1 : capacity + slack;
+    storage_.reset();
+    storage_ = allocate(wanted, "InputBStream::initFile");
+    storageSize_ = static_cast<long>(wanted);
+    capacity_ = static_cast<long>(capacity);
+    if (!isKnown) {
+        keepBack_ = usualKeepBack;
+    } else if (capacity_ <= smallCapacity) {
+        keepBack_ = capacity_ / 2;
+    } else {
+        keepBack_ = isFifo_ ? capacity_ - usualKeepBack : usualKeepBack;
+    }
+}
+
+const String& InputBStream::name(long offset) {
+    return source_ ? source_->name(offset) : name_;
+}
+
+InputStream& InputBStream::seek(long offset, std::ios::seekdir dir) {
+    long target = -1;
+    if (dir == std::ios::beg) {
+        target = offset;
+    } else if (dir == std::ios::cur) {
+        target = addOffsets(position_, offset);
+    }
+    if (target >= 0) {
+        position_ = target;
+    }
+    return *this;
+}
+
+long InputBStream::offset() {
+    return position_;
+}
+
+bool InputBStream::eof() {
+    return eof_;
+}
+
+bool InputBStream::fail() {
+    return fail_ || eof();
+}
+
+long InputBStream::size() {
+    return source_ ? source_->size() : valid_;
+}
+
+long InputBStream::size(long offset) {
+    return source_ ? source_->size(offset) : valid_;
+}
+
+int InputBStream::peek() {
+    char byte = 0;
+    if (bufread(&byte, 1, 0) == 0) {
+        eof_ = fail_ = false;
+        return -1;
+    }
+    --position_;
+    return static_cast<unsigned char>(byte);
+}
+
+/// Reads in pieces no larger than the way back, so that the position can return to just behind the
+/// delimiter even on a pipe.
+InputStream& InputBStream::getline(char* buffer, unsigned long size, char delimiter) {
+    if (size == 0) {
+        return *this;
+    }
+    const long piece = source_ ? std::clamp(keepBack_, 1L, linePiece) : linePiece;
+    unsigned long length = 0;
+    while (length + 1 < size) {
+        const unsigned long wanted = std::min(size - 1 - length, static_cast<unsigned long>(piece));
+        const unsigned long got = bufread(buffer + length, wanted, 0);
+        const void* const found = std::memchr(buffer + length, delimiter, got);
+        if (found != nullptr) {
+            const unsigned long line =
+                static_cast<unsigned long>(static_cast<const char*>(found) - buffer);
+            position_ -= static_cast<long>(length + got - line - 1);
+            length = line;
+            eof_ = false;
+            break;
+        }
+        length += got;
+        if (got < wanted) {
+            break;
+        }
+    }
+    buffer[length] = '\0';
+    return *this;
+}
+
+unsigned long InputBStream::bufread(char* buffer, unsigned long count, unsigned long reserved) {
+    eof_ = fail_ = false;
+    unsigned long delivered = 0;
+    while (true) {
+        if (position_ < start_ && !rewindSource()) {
+            fail_ = true;
+            break;
+        }
+        if (position_ >= end()) {
+            const bool isExhausted = !source_ || (valid_ != 0 && valid_ < capacity_);
+            if (isExhausted || !slide()) {
+                markEnd();
+                break;
+            }
+        }
+        const auto available = static_cast<unsigned long>(end() - position_);
+        const unsigned long copied = std::min(count - delivered, available);
+        std::copy_n(window() + (position_ - start_), copied, buffer + delivered);
+        delivered += copied;
+        position_ += static_cast<long>(copied);
+        if (delivered == count) {
+            break;
+        }
+        if (valid_ < capacity_) {
+            markEnd();
+            break;
+        }
+    }
+    return reserved + delivered;
+}
+
+/// Notes that no more data come. That is the end of the data, but not where the source failed to
+/// read: what came must not pass for all there is.
+void InputBStream::markEnd() {
+    fail_ = source_ && source_->fail() && !source_->eof();
+    eof_ = !fail_;
+}
+
+/// Goes back before the window; false when the source has no data there.
+bool InputBStream::rewindSource() {
+    try {
+        source_->seek(position_, std::ios::beg);
+    } catch (const StdError& error) {
+        if (error.code() != ESPIPE) {
+            throw;
+        }
+        String message = error.msg();
+        message += ", try increasing the read buffer to minimum ";
+        message << (end() - position_ + 1023) / 1024;
+        message += " KBytes";
+        throw StdError(message.c_str(), ESPIPE);
+    }
+    if (source_->peek() < 0) {
+        return false;
+    }
+    start_ = valid_ = 0;
+    return true;
+}
+
+/// Moves the window so that it begins `keep-back` bytes before the position, which lies at or
+/// behind its end, and fills it up. Bytes that it already holds are kept. False when the source
+/// ends before the position.
+bool InputBStream::slide() {
+    const long keep = std::min(keepBack_, position_);
+    const long moved =
+        valid_ == 0 || position_ - end() >= keepBack_ ? 0 : end() + keepBack_ - position_;
+    base_ += valid_ - moved;
+    start_ = position_ - keep;
+    if (moved == 0) {
+        base_ = 0;
+    } else if (base_ + capacity_ > storageSize_) {
+        std::memmove(storage_.get(), window(), static_cast<std::size_t>(moved));
+        base_ = 0;
+    }
+    fill(moved);
+    return position_ <= end();
+}
+
+/// Fills the window up behind its first `moved` bytes.
+void InputBStream::fill(long moved) {
+    const long from = start_ + moved;
+    // A source that is there already is not sought: it may have to read anew what it has at hand.
+    if (source_->offset() != from || source_->eof()) {
+        source_->seek(from, std::ios::beg);
+    }
+    const long before = source_->offset();
+    source_->bufread(window() + moved, static_cast<unsigned long>(capacity_ - moved), 0);
+    valid_ = moved + std::max(source_->offset() - before, 0L);
+}
+
+}  // namespace vek
