@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "markup/BomTable.h"
 #include "markup/DocFlags.h"
 #include "markup/EncodingNameTable.h"
 #include "markup/Markup.h"
@@ -19,18 +20,6 @@ constexpr int openStateFlags = DocFlagReadFile | DocFlagWriteFile | DocFlagAppen
 /// How much of a file is searched for its encoding.
 constexpr std::size_t probeLength = 1024;
 constexpr std::size_t maxErrorText = 100;
-
-struct Bom {
-    std::string_view bytes;
-    std::string_view encoding;
-    int flag;
-};
-
-constexpr std::array<Bom, 3> bomTable{{
-    {"\xEF\xBB\xBF", "UTF-8", DocFlagUtf8Preamble},
-    {"\xFF\xFE", "UTF-16LE", DocFlagUtf16LeFile},
-    {"\xFE\xFF", "UTF-16BE", DocFlagUtf16BeFile},
-}};
 
 const Bom* findBom(std::string_view bytes) {
     for (const Bom& row : bomTable) {
@@ -92,21 +81,27 @@ bool FilePos::FileErrorAddResult(int number) {
 }
 
 bool FilePos::FileOpen(TextArg path) {
+    const bool isAppending = (docFlags & DocFlagAppendFile) != 0;
+    const bool isWriting = isAppending || (docFlags & DocFlagWriteFile) != 0;
     ioResult.clear();
     errno = 0;
-    file_.reset(std::fopen(std::string(path.view()).c_str(), "rb"));
+    file_.reset(std::fopen(std::string(path.view()).c_str(), isAppending ? "ab"
+                                                             : isWriting ? "wb"
+                                                                         : "rb"));
     if (!file_) {
         return FileErrorAddResult();
     }
     charUnitSize = 1;
+    fileByteLength = 0;
     fileByteOffset = 0;
     encoding.clear();
-    if (!x_Measure() || (fileByteLength != 0 && !x_FindEncoding())) {
+    const bool isReady = isWriting ? x_BeginWriting(isAppending)
+                                   : x_Measure() && (fileByteLength == 0 || x_FindEncoding());
+    if (!isReady) {
         FileErrorAddResult();
         file_.reset();
-        return false;
     }
-    return true;
+    return isReady;
 }
 
 bool FilePos::x_SeekTo(std::int64_t offset, int whence) {
@@ -137,7 +132,7 @@ bool FilePos::x_FindEncoding() {
     const Bom* const bom = findBom(bytes);
     if (bom != nullptr) {
         docFlags |= bom->flag;
-        charUnitSize = bom->bytes.size() == 2 ? 2 : 1;
+        charUnitSize = bom->unitSize();
         encoding = bom->encoding;
         fileByteOffset = static_cast<std::int64_t>(bom->bytes.size());
         x_AddResult(ioResult, "bom");
@@ -184,6 +179,10 @@ bool FilePos::FileReadText(std::string& text) {
 }
 
 bool FilePos::FileRead(void* buffer) {
+    if (!file_) {
+        opTextLength = 0;
+        return FileErrorAddResult(EBADF);
+    }
     const auto wanted = static_cast<std::size_t>(opByteLength);
     errno = 0;
     const std::size_t got = std::fread(buffer, 1, wanted, file_.get());

@@ -7,8 +7,9 @@
 
 #include "markup/TextArg.h"
 
-/// One file while it is being read: its encoding, how far it has been read, and a result log of its
-/// own in the form of the document's. Lives for one load; closes its file when destroyed.
+/// One file while it is being read or written: its encoding, how far it has come, and a result log
+/// of its own in the form of the document's. Lives for one load or save; closes its file when
+/// destroyed.
 ///
 /// Every failing call adds a "file_error" with the system's text and number and returns false.
 class FilePos {
@@ -16,9 +17,15 @@ class FilePos {
     /// Takes the document flags (`DocFlag`) that the file is opened under.
     explicit FilePos(int flags) : docFlags(flags) {}
 
-    /// Opens `path` for reading, measures it, and finds its encoding: that of its byte-order mark,
-    /// else the one declared in its first 1024 bytes, else "UTF-8" when it begins with "<". Sets
-    /// the flag of the mark. A file that can't be measured (a pipe) is refused.
+    /// Opens `path`; the flags say how.
+    ///
+    /// For reading it measures the file and finds its encoding: that of its byte-order mark, else
+    /// the one declared in its first 1024 bytes, else "UTF-8" when it begins with "<"; it sets the
+    /// flag of the mark. A file that can't be measured (a pipe) is refused.
+    ///
+    /// For writing (DocFlagWriteFile) or appending (DocFlagAppendFile) the first mark of the table
+    /// whose flag is set chooses the encoding, the other marks' flags are cleared, and an empty
+    /// file is begun with the mark.
     bool FileOpen(TextArg path);
 
     /// Reads `opByteLength` bytes as text into `text`, in UTF-8 unless there is no converter for
@@ -33,6 +40,23 @@ class FilePos {
     /// Takes an incomplete character at the end of the text just read off again and seeks back to
     /// its start. Always true.
     bool FileCheckRaggedEnd(void* buffer);
+
+    /// Writes the first `length` bytes of a UTF-8 text, all for a negative length, in the encoding
+    /// of the file; unconverted when there is no converter for it.
+    bool FileWriteText(const std::string& text, int length = -1);
+
+    /// Writes `opTextLength` units of whichever buffer is given, the other being null, swapped for
+    /// a UTF-16BE file. A writable buffer may be swapped in place.
+    bool FileWrite(void* buffer, const void* constBuffer);
+
+    /// Writes the first `length` bytes of a growing buffer, all for a negative length, and removes
+    /// them from it; then hands them to the system if `flush` is set. The first text written
+    /// chooses the encoding where no mark has: the one it declares, else "UTF-8".
+    bool FileFlush(std::string& buffer, int length = -1, bool flush = false);
+
+    /// Takes the encoding that `text` declares, else "UTF-8", unless the file has one or the text
+    /// is empty.
+    void x_ChooseEncoding(const std::string& text);
 
     /// Adds a "file_error" for the last failed call, 5 (I/O error) when the system left no number.
     /// Always false.
@@ -64,6 +88,10 @@ class FilePos {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
 
+    bool x_BeginWriting(bool isAppending);
+    bool x_WriteUtf16(const char* text, int length);
+    bool x_WriteConverted(const char* text, int length);
+    bool x_WriteBytes(const void* bytes);
     bool x_Measure();
     bool x_FindEncoding();
     bool x_SeekTo(std::int64_t offset, int whence);

@@ -75,6 +75,15 @@ class MarkupDocument {
     /// one it declares; else it receives the file's. The last three may be null.
     static bool ReadTextFile(TextArg path, std::string& text, std::string* results = nullptr,
                              int* flags = nullptr, std::string* encoding = nullptr);
+    /// Writes the text to a file: under the byte-order mark that the flags remember, else in the
+    /// encoding that the text declares, else in UTF-8; appended to it under DocFlagAppendFile. What
+    /// an encoding can't hold becomes "?", and a text whose encoding has no converter stays UTF-8.
+    /// False, with a "file_error" in the result log, unless everything was written. Neither the
+    /// text nor the flags change.
+    bool Save(TextArg path);
+    /// Writes a text as `Save` does; the other arguments are as for `ReadTextFile`.
+    static bool WriteTextFile(TextArg path, const std::string& text, std::string* results = nullptr,
+                              int* flags = nullptr, std::string* encoding = nullptr);
     /// The encoding that an XML declaration at the very start of `text`, or the meta element of an
     /// HTML head, names; "" when there is none.
     static std::string GetDeclaredEncoding(TextArg text);

@@ -1,4 +1,4 @@
-// Reading documents and texts from files.
+// Reading documents and texts from files, and writing them.
 
 #include <cerrno>
 #include <climits>
@@ -65,6 +65,32 @@ bool readFile(TextArg path, std::string& text, std::string& results, int& flags,
         return isRead;
     } catch (const std::bad_alloc&) {
         std::string().swap(text);
+        addOutOfMemory(results);
+        return false;
+    }
+}
+
+/// Writes `text` to `path`; the other arguments are as for readFile. What was not written to the
+/// last byte is a failure, also when only closing tells.
+bool writeFile(TextArg path, const std::string& text, std::string& results, int& flags,
+               std::string* encoding) {
+    try {
+        FilePos file((flags & ~DocFlagReadFile) | DocFlagWriteFile);
+        const bool isOpen = file.FileOpen(path);
+        results = file.ioResult;
+        if (!isOpen) {
+            return false;
+        }
+        file.x_ChooseEncoding(text);
+        if (encoding != nullptr) {
+            settleEncoding(file, *encoding);
+        }
+        const bool isWritten = file.FileWriteText(text);
+        const bool isClosed = file.FileClose();
+        results += file.ioResult;
+        flags = file.docFlags;
+        return isWritten && isClosed;
+    } catch (const std::bad_alloc&) {
         addOutOfMemory(results);
         return false;
     }
@@ -141,6 +167,22 @@ bool MarkupDocument::ReadTextFile(TextArg path, std::string& text, std::string* 
     int ownFlags = 0;
     return readFile(path, text, results != nullptr ? *results : ownResults,
                     flags != nullptr ? *flags : ownFlags, encoding);
+}
+
+bool MarkupDocument::Save(TextArg path) {
+    if (inFileMode()) {
+        return false;
+    }
+    int flags = docFlags_;  // the document keeps its own
+    return writeFile(path, docText_, resultText_, flags, nullptr);
+}
+
+bool MarkupDocument::WriteTextFile(TextArg path, const std::string& text, std::string* results,
+                                   int* flags, std::string* encoding) {
+    std::string ownResults;
+    int ownFlags = 0;
+    return writeFile(path, text, results != nullptr ? *results : ownResults,
+                     flags != nullptr ? *flags : ownFlags, encoding);
 }
 
 std::string MarkupDocument::GetDeclaredEncoding(TextArg text) {

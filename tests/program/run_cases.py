@@ -33,7 +33,7 @@ PIECES = {
 def read_cases(script):
     cases = []
     for part in script.read_text().split("\n== ")[1:]:
-        head, _, body = part.partition("\n")
+        head, _, body = part.rstrip("\n").partition("\n")
         kind, _, rest = head.partition(" ")
         if kind == "case":
             cases.append({"case": rest, "file": {}, "args": "", "status": "0"})
