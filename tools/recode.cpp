@@ -1,0 +1,135 @@
+// Loads an XML document and saves it, in another encoding when one is named:
+//
+//     recode IN OUT [ENCODING]
+//
+// The result line of each step goes to standard error. With ENCODING the XML declaration is
+// rewritten to that name, so that the file reads back; UTF-16LE and UTF-16BE are written with their
+// byte-order mark. Shows how the document layer is called. Exit status 1 when the file can't be
+// read or saved.
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+#include "markup/DocFlags.h"
+#include "markup/EncodingNameTable.h"
+#include "markup/Markup.h"
+#include "markup/ResultLog.h"
+#include "markup/TextEncoding.h"
+
+namespace {
+
+/// Prints a result line and returns `succeeded`.
+bool report(const std::string& line, bool succeeded) {
+    std::fprintf(stderr, "recode: %s\n", line.c_str());
+    return succeeded;
+}
+
+/// Whether loading reported a failed file call. That a document is not well-formed is no failure
+/// here: its text is whole.
+bool failedToRead(const MarkupDocument& document) {
+    MarkupDocument log;
+    log.SetDoc(document.GetResult());
+    return log.FindElem("file_error");
+}
+
+/// What an XML declaration may say: a letter, then letters, digits, ".", "_" and "-".
+bool isEncodingName(std::string_view name) {
+    const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
+    const auto isNameByte = [&](char c) {
+        return isLetter(c) || (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-';
+    };
+    return !name.empty() && isLetter(name.front()) &&
+           std::all_of(name.begin(), name.end(), isNameByte);
+}
+
+/// The flag of the byte-order mark for an encoding, 0 for one without.
+int markOf(const std::string& encoding) {
+    constexpr int utf16BigEndian = 1201;
+    switch (MarkupDocument::GetEncodingCodePage(encoding)) {
+        case CodePageUtf16:
+            return DocFlagUtf16LeFile;
+        case utf16BigEndian:
+            return DocFlagUtf16BeFile;
+        default:
+            return 0;
+    }
+}
+
+/// Whether a file in this encoding reads back: without a mark its declaration has to be the same
+/// bytes as in ASCII.
+bool canReadBack(const std::string& encoding) {
+    if (markOf(encoding) != 0) {
+        return true;
+    }
+    if (MarkupDocument::GetEncodingCodePage(encoding) == CodePageUtf32) {
+        return false;  // has units of its own, not bytes
+    }
+    const std::string declaration = "<?xml version=\"1.0\" encoding='" + encoding + "'?>";
+    const auto size = static_cast<int>(declaration.size());
+    TextEncoding conversion("UTF-8", declaration.data(), size);
+    std::string converted(declaration.size(), '\0');
+    if (conversion.PerformConversion(nullptr, encoding) != size) {
+        return false;
+    }
+    conversion.PerformConversion(converted.data(), nullptr);
+    return converted == declaration;
+}
+
+/// Makes the XML declaration of `text` name `encoding`: rewrites the name, adds it behind the
+/// version, or adds a declaration.
+void declareEncoding(std::string& text, const std::string& encoding) {
+    TokenPos target(text, DocFlagIgnoreCase);
+    NodePos node;
+    const bool isInstruction = target.ParseNode(node) == NodeProcessingInstruction;
+    target.next = 2;
+    if (!isInstruction || !target.FindName() || !target.Match("xml")) {
+        text.insert(0, "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?>\n");
+        return;
+    }
+    TokenPos name(text, DocFlagIgnoreCase, 2);
+    const auto end = static_cast<std::size_t>(node.length) - 2;
+    if (name.FindAttrib("encoding")) {
+        // A value without its closing quote runs out of the declaration.
+        const auto left = static_cast<std::size_t>(name.left);
+        text.replace(left, std::min(name.token().size(), end - std::min(left, end)), encoding);
+    } else {
+        text.insert(end, " encoding=\"" + encoding + "\"");
+    }
+}
+
+bool saveAs(const MarkupDocument& document, const char* path, std::string encoding) {
+    if (!isEncodingName(encoding) || !canReadBack(encoding)) {
+        return report("can't write a file in " + encoding + " that reads back", false);
+    }
+    int flags = markOf(encoding);
+    std::string text = document.GetDoc();
+    declareEncoding(text, encoding);
+    std::string results;
+    const bool isSaved = MarkupDocument::WriteTextFile(path, text, &results, &flags, &encoding);
+    return report(x_RenderResults(results), isSaved);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3 && argc != 4) {
+        std::fputs("usage: recode IN OUT [ENCODING]\n", stderr);
+        return 1;
+    }
+    // A closed pipe and a file that grows too large are to be reported as failed writes.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    MarkupDocument document;
+    document.Load(argv[1]);
+    if (!report(document.GetError(), !failedToRead(document))) {
+        return 1;
+    }
+    if (argc == 4) {
+        return saveAs(document, argv[2], argv[3]) ? 0 : 1;
+    }
+    const bool isSaved = document.Save(argv[2]);
+    return report(document.GetError(), isSaved) ? 0 : 1;
+}
