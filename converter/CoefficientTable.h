@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 #include "base/ObjAppendList.h"
@@ -24,8 +23,8 @@ class CoefficientTable {
     /// Appends the values in `text` to the list of a detector, 1 to 12, and kind, and returns how
     /// many the list holds now. The text is cut at each single space and each piece converted as
     /// strtod does, what is no number giving 0. A space at the end adds nothing; tabs and line ends
-    /// cut nothing off. The text is used up.
-    long appendValues(int detector, int kind, std::string&& text);
+    /// cut nothing off.
+    long appendValues(int detector, int kind, std::string_view text);
 
     /// Fills every list up to `pixels` values with quiet NaN and writes the first `pixels` of each:
     /// kind by kind, within a kind detector by detector.

@@ -23,7 +23,8 @@ void RecordWriter::bytes(const void* data, std::size_t size) {
     if (size > bufferSize - used_) {
         flush();
     }
-    if (size > bufferSize) {
+    if (size >= directSize) {
+        flush();
         write(static_cast<const char*>(data), size);
         return;
     }

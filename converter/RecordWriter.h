@@ -32,7 +32,9 @@ class RecordWriter {
     void flush();
 
   private:
-    static constexpr std::size_t bufferSize = std::size_t{1} << 18;
+    static constexpr std::size_t bufferSize = std::size_t{1} << 16;
+    /// What is at least this long is written from where it lies.
+    static constexpr std::size_t directSize = std::size_t{1} << 14;
 
     void bytes(const void* data, std::size_t size);
     void write(const char* data, std::size_t size) const;

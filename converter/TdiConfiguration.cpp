@@ -56,7 +56,9 @@ bool TdiConfiguration::readVector(std::uint8_t bandId, const Detector& detector,
         return false;
     }
     const std::string_view name = CoefficientTable::kindNames[static_cast<std::size_t>(kind)];
-    const long count = table_.appendValues(detector.id, kind, document_.GetData());
+    const std::string_view text =
+        document_.x_GetDataView(document_.x_GetPosition().main, dataStorage_);
+    const long count = table_.appendValues(detector.id, kind, text);
     if (count != detector.pixels) {
         diagnostics_.say("Found ", count, " ", name, " pixels instead of ", detector.pixels,
                          " for detector ", detector.id, "\n");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "converter/CoefficientTable.h"
 #include "converter/Diagnostics.h"
@@ -35,5 +36,6 @@ class TdiConfiguration {
     RecordWriter& record_;
     Diagnostics& diagnostics_;
     CoefficientTable table_;
+    std::string dataStorage_;     ///< of vector texts that do not stand in the document as they are
     std::int16_t maxPixels_ = 0;  ///< the largest pixel count of a detector, never negative
 };

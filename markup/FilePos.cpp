@@ -13,6 +13,7 @@
 #include "markup/Markup.h"
 #include "markup/ResultLog.h"
 #include "markup/TextEncoding.h"
+#include "markup/Utf8Sweep.h"
 
 namespace {
 
@@ -30,18 +31,33 @@ const Bom* findBom(std::string_view bytes) {
     return nullptr;
 }
 
+/// The first zero unit of a text, `end` when there is none.
+unsigned short* findNull(unsigned short* text, unsigned short* end) {
+    return std::find(text, end, 0);
+}
+
+char* findNull(char* text, char* end) {
+    void* const found = std::memchr(text, 0, static_cast<std::size_t>(end - text));
+    return found == nullptr ? end : static_cast<char*>(found);
+}
+
 /// Closes up the zero units of a text, in order, and returns how many units are left.
 template <class Unit>
 int removeNulls(Unit* text, int length) {
     Unit* const end = text + length;
-    Unit* kept = std::find(text, end, Unit{});
+    Unit* kept = findNull(text, end);
     for (Unit* run = kept; run != end;) {
         run = std::find_if(run, end, [](Unit unit) { return unit != 0; });
-        Unit* const runEnd = std::find(run, end, Unit{});
+        Unit* const runEnd = findNull(run, end);
         kept = std::copy(run, runEnd, kept);
         run = runEnd;
     }
     return static_cast<int>(kept - text);
+}
+
+/// Whether the name is one under which the system always has a converter from UTF-8.
+bool isUtf8Name(std::string_view encoding) {
+    return encoding == "UTF-8" || encoding == "utf-8";
 }
 
 /// The encoding to convert from. A byte file that claims to be UTF-16 or UTF-32 is neither: the
@@ -156,8 +172,15 @@ bool FilePos::FileClose() {
 }
 
 bool FilePos::FileReadText(std::string& text) {
+    TextBuffer buffer;
+    const bool isRead = FileReadText(buffer);
+    text = buffer.view();
+    return isRead;
+}
+
+bool FilePos::FileReadText(TextBuffer& text) {
     ioResult.clear();
-    text.clear();
+    text.truncate(0);
     if (opByteLength == 0) {
         x_AddResult(ioResult, "read", encoding, RESULT_ENCODING | RESULT_LENGTH, 0);
         return true;
@@ -172,6 +195,9 @@ bool FilePos::FileReadText(std::string& text) {
     const bool assumedUtf8 = encoding.empty();
     if (assumedUtf8) {
         encoding = "UTF-8";
+    }
+    if (!mayBeRagged && isUtf8Name(encoding)) {
+        return x_ReadUtf8(text);
     }
     return TextEncoding::CanConvert("UTF-8", encoding)
                ? x_ReadConverted(text, mayBeRagged)
@@ -226,7 +252,7 @@ bool FilePos::FileCheckRaggedEnd(void* buffer) {
     return true;
 }
 
-bool FilePos::x_ReadUtf16(std::string& text, bool mayBeRagged) {
+bool FilePos::x_ReadUtf16(TextBuffer& text, bool mayBeRagged) {
     const auto units = static_cast<std::size_t>(opByteLength) / 2 + 1;
     const auto buffer = std::make_unique_for_overwrite<unsigned short[]>(units);
     const bool isRead = FileRead(buffer.get());
@@ -237,7 +263,7 @@ bool FilePos::x_ReadUtf16(std::string& text, bool mayBeRagged) {
     return x_ConvertToUtf8(text, "UTF-16", buffer.get(), opTextLength * charUnitSize / 2) && isRead;
 }
 
-bool FilePos::x_ReadConverted(std::string& text, bool mayBeRagged) {
+bool FilePos::x_ReadConverted(TextBuffer& text, bool mayBeRagged) {
     const auto buffer =
         std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(opByteLength));
     const bool isRead = FileRead(buffer.get());
@@ -247,18 +273,37 @@ bool FilePos::x_ReadConverted(std::string& text, bool mayBeRagged) {
     return x_ConvertToUtf8(text, sourceEncoding(encoding), buffer.get(), opTextLength) && isRead;
 }
 
-bool FilePos::x_ReadUnconverted(std::string& text, bool assumedUtf8, bool mayBeRagged) {
-    text.resize(static_cast<std::size_t>(opByteLength));
+/// Reads UTF-8 in place. The rules ask for a conversion to UTF-8, but what a sweep proves valid
+/// would come back the same; only other texts are converted.
+bool FilePos::x_ReadUtf8(TextBuffer& text) {
+    bool isRead = FileRead(text.reset(static_cast<std::size_t>(opByteLength)));
+    text.truncate(static_cast<std::size_t>(opTextLength));
+    if (x_IsPlainUtf8(text.view())) {
+        x_AddResult(ioResult, "converted_to", "UTF-8", RESULT_ENCODING | RESULT_LENGTH,
+                    opTextLength);
+        return isRead;
+    }
+    if (!TextEncoding::CanConvert("UTF-8", encoding)) {
+        return isRead;  // out of memory for a converter: better as it is than not at all
+    }
+    TextBuffer converted;
+    isRead = x_ConvertToUtf8(converted, "UTF-8", text.view().data(), opTextLength) && isRead;
+    text = std::move(converted);
+    return isRead;
+}
+
+bool FilePos::x_ReadUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRagged) {
+    text.reset(static_cast<std::size_t>(opByteLength));
     bool isRead = FileRead(text.data());
     const bool convertAgain = assumedUtf8 && x_DetectEncoding(text, mayBeRagged);
     if (mayBeRagged) {
         FileCheckRaggedEnd(text.data());
     }
-    text.resize(static_cast<std::size_t>(opTextLength));
+    text.truncate(static_cast<std::size_t>(opTextLength));
     if (convertAgain) {
-        std::string converted;
+        TextBuffer converted;
         isRead = x_ConvertToUtf8(converted, encoding, text.data(), opTextLength) && isRead;
-        text.swap(converted);
+        text = std::move(converted);
     }
     if (assumedUtf8) {
         x_AddResult(ioResult, "utf8_detection");
@@ -268,11 +313,11 @@ bool FilePos::x_ReadUnconverted(std::string& text, bool assumedUtf8, bool mayBeR
 
 /// Takes a text assumed to be UTF-8 as what it proves to be, else as the platform's default
 /// character set; true when it then has to be converted.
-bool FilePos::x_DetectEncoding(const std::string& text, bool mayBeRagged) {
+bool FilePos::x_DetectEncoding(const TextBuffer& text, bool mayBeRagged) {
     int nonAscii = 0;
     bool errorAtEnd = false;
     const bool isUtf8 =
-        MarkupDocument::DetectUTF8(text.data(), opByteLength, &nonAscii, &errorAtEnd) ||
+        MarkupDocument::DetectUTF8(text.view().data(), opByteLength, &nonAscii, &errorAtEnd) ||
         (errorAtEnd && mayBeRagged);
     encoding = isUtf8 ? "UTF-8" : "";
     if (isUtf8) {
@@ -283,14 +328,13 @@ bool FilePos::x_DetectEncoding(const std::string& text, bool mayBeRagged) {
 
 /// Converts a text and adds what came of it to the log. False, with a "file_error", when the result
 /// would be too long for a document.
-bool FilePos::x_ConvertToUtf8(std::string& text, TextArg from, const void* source, int units) {
+bool FilePos::x_ConvertToUtf8(TextBuffer& text, TextArg from, const void* source, int units) {
     TextEncoding conversion(from, source, units);
     const int length = conversion.PerformConversion(nullptr, "UTF-8");
     if (conversion.isTooLong()) {
         return FileErrorAddResult(EFBIG);
     }
-    text.resize(static_cast<std::size_t>(length));
-    conversion.PerformConversion(text.data(), nullptr);
+    conversion.PerformConversion(text.reset(static_cast<std::size_t>(length)), nullptr);
     x_AddResult(ioResult, "converted_to", "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
     if (conversion.failedCharacters() != 0) {
         x_AddResult(ioResult, "conversion_loss");

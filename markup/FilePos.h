@@ -4,8 +4,10 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "markup/TextArg.h"
+#include "markup/TextBuffer.h"
 
 /// One file while it is being read or written: its encoding, how far it has come, and a result log
 /// of its own in the form of the document's. Lives for one load or save; closes its file when
@@ -30,6 +32,7 @@ class FilePos {
 
     /// Reads `opByteLength` bytes as text into `text`, in UTF-8 unless there is no converter for
     /// the encoding.
+    bool FileReadText(TextBuffer& text);
     bool FileReadText(std::string& text);
 
     /// Reads `opByteLength` bytes into `buffer`, removes zero units and brings UTF-16 into host
@@ -43,7 +46,7 @@ class FilePos {
 
     /// Writes the first `length` bytes of a UTF-8 text, all for a negative length, in the encoding
     /// of the file; unconverted when there is no converter for it.
-    bool FileWriteText(const std::string& text, int length = -1);
+    bool FileWriteText(std::string_view text, int length = -1);
 
     /// Writes `opTextLength` units of whichever buffer is given, the other being null, swapped for
     /// a UTF-16BE file. A writable buffer may be swapped in place.
@@ -56,7 +59,7 @@ class FilePos {
 
     /// Takes the encoding that `text` declares, else "UTF-8", unless the file has one or the text
     /// is empty.
-    void x_ChooseEncoding(const std::string& text);
+    void x_ChooseEncoding(std::string_view text);
 
     /// Adds a "file_error" for the last failed call, 5 (I/O error) when the system left no number.
     /// Always false.
@@ -95,11 +98,12 @@ class FilePos {
     bool x_Measure();
     bool x_FindEncoding();
     bool x_SeekTo(std::int64_t offset, int whence);
-    bool x_ReadUtf16(std::string& text, bool mayBeRagged);
-    bool x_ReadConverted(std::string& text, bool mayBeRagged);
-    bool x_ReadUnconverted(std::string& text, bool assumedUtf8, bool mayBeRagged);
-    bool x_DetectEncoding(const std::string& text, bool mayBeRagged);
-    bool x_ConvertToUtf8(std::string& text, TextArg from, const void* source, int units);
+    bool x_ReadUtf16(TextBuffer& text, bool mayBeRagged);
+    bool x_ReadConverted(TextBuffer& text, bool mayBeRagged);
+    bool x_ReadUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRagged);
+    bool x_DetectEncoding(const TextBuffer& text, bool mayBeRagged);
+    bool x_ReadUtf8(TextBuffer& text);
+    bool x_ConvertToUtf8(TextBuffer& text, TextArg from, const void* source, int units);
 
     std::unique_ptr<std::FILE, Closer> file_;
 };

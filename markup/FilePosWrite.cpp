@@ -65,7 +65,7 @@ bool FilePos::x_BeginWriting(bool isAppending) {
     return true;
 }
 
-void FilePos::x_ChooseEncoding(const std::string& text) {
+void FilePos::x_ChooseEncoding(std::string_view text) {
     if (encoding.empty() && !text.empty()) {
         encoding = MarkupDocument::GetDeclaredEncoding(text);
         if (encoding.empty()) {
@@ -74,7 +74,7 @@ void FilePos::x_ChooseEncoding(const std::string& text) {
     }
 }
 
-bool FilePos::FileWriteText(const std::string& text, int length) {
+bool FilePos::FileWriteText(std::string_view text, int length) {
     ioResult.clear();
     if (text.size() > INT_MAX) {
         return FileErrorAddResult(EFBIG);

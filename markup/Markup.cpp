@@ -42,7 +42,7 @@ bool MarkupDocument::SetDoc(const std::string& text) {
     if (inFileMode()) {
         return false;
     }
-    docText_ = text;
+    docText_.assign(text);
     resultText_.clear();
     return x_ParseDoc();
 }

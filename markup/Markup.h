@@ -9,6 +9,7 @@
 #include "markup/PathPos.h"
 #include "markup/SavedPosMap.h"
 #include "markup/TextArg.h"
+#include "markup/TextBuffer.h"
 #include "markup/TokenPos.h"
 
 class OpenTagStack;
@@ -50,8 +51,8 @@ class MarkupDocument {
     /// in a file mode, and false with an empty document for a text above INT32_MAX bytes.
     bool SetDoc(const char* text);
     bool SetDoc(const std::string& text);
-    /// The whole text.
-    const std::string& GetDoc() const { return docText_; }
+    /// The whole text; valid until the document gets another.
+    std::string_view GetDoc() const { return docText_.view(); }
 
     /// True when the last parse met nothing ill-formed and exactly one top-level element.
     bool IsWellFormed() const;
@@ -168,6 +169,9 @@ class MarkupDocument {
     std::string x_GetTagName(int pos) const;
     std::string x_GetData(int pos) const;
     std::string x_GetAttrib(int pos, TextArg name) const;
+    /// The data of record `pos` without a copy where it stands in the text as it is; else it is put
+    /// into `storage`. Valid while both stay unchanged.
+    std::string_view x_GetDataView(int pos, std::string& storage) const;
     /// Drops saved positions whose record was released.
     void x_CheckSavedPos();
 
@@ -215,12 +219,12 @@ class MarkupDocument {
     std::string_view x_Slice(int offset, int length) const;
     std::string_view x_TagNameAt(int pos) const;
     std::string x_GetNodeData() const;
-    std::string x_GetContent(std::string_view content) const;
+    std::string_view x_GetContent(std::string_view content, std::string& storage) const;
     TokenPos x_StartTagToken(int pos) const;
     std::string checkRecord(int pos) const;
     std::string checkPosition() const;
 
-    std::string docText_;
+    TextBuffer docText_;
     std::string resultText_;
     Position pos_;
     int freePos_ = 0;

@@ -53,7 +53,8 @@ std::string MarkupDocument::checkRecord(int pos) const {
     const int tagLength = x_StartTagLength(pos);
     const bool isFirst = elem.hasFlag(ElemFlagFirst);
     return firstBroken({
-        {docText_[static_cast<std::size_t>(elem.start)] == '<', "an element starts with its tag"},
+        {docText_.view()[static_cast<std::size_t>(elem.start)] == '<',
+         "an element starts with its tag"},
         {tagLength <= elem.length - elem.endTagLength(), "the tags lie within the element"},
         {elem.parent < pos && (elem.child == 0 || elem.child > pos),
          "parents come before children"},

@@ -7,13 +7,13 @@
 #include "markup/TextEscape.h"
 
 std::string_view MarkupDocument::x_Slice(int offset, int length) const {
-    return std::string_view(docText_).substr(static_cast<std::size_t>(offset),
-                                             static_cast<std::size_t>(std::max(length, 0)));
+    return docText_.view().substr(static_cast<std::size_t>(offset),
+                                  static_cast<std::size_t>(std::max(length, 0)));
 }
 
 /// The name in the start tag of record `pos`: from behind the "<" to a byte that ends names.
 std::string_view MarkupDocument::x_TagNameAt(int pos) const {
-    const std::string_view text = docText_;
+    const std::string_view text = docText_.view();
     // A record fresh from x_GetFreePos lies nowhere in the text.
     const std::size_t first = std::min(static_cast<std::size_t>(tree_[pos].start) + 1, text.size());
     std::size_t end = first;
@@ -64,15 +64,22 @@ int MarkupDocument::x_StartTagLength(int pos) const {
         return elem.packedStartTagLength();
     }
     // Too long to tell whether the record holds all bits: scan the tag again.
-    TokenPos token(docText_, docFlags_, elem.start);
+    TokenPos token(docText_.view(), docFlags_, elem.start);
     NodePos node;
     token.ParseNode(node);
     return node.length;
 }
 
 std::string MarkupDocument::x_GetData(int pos) const {
+    std::string storage;
+    const std::string_view data = x_GetDataView(pos, storage);
+    return storage.empty() ? std::string(data) : std::move(storage);
+}
+
+std::string_view MarkupDocument::x_GetDataView(int pos, std::string& storage) const {
+    storage.clear();
     if (pos == pos_.main && x_OnOtherNode()) {
-        return x_GetNodeData();
+        return storage = x_GetNodeData();
     }
     if (!isElement(pos)) {
         return {};
@@ -83,7 +90,7 @@ std::string MarkupDocument::x_GetData(int pos) const {
         return {};
     }
     return x_GetContent(
-        x_Slice(elem.start + tagLength, elem.length - tagLength - elem.endTagLength()));
+        x_Slice(elem.start + tagLength, elem.length - tagLength - elem.endTagLength()), storage);
 }
 
 std::string MarkupDocument::x_GetNodeData() const {
@@ -111,11 +118,16 @@ std::string MarkupDocument::x_GetNodeData() const {
 
 /// The data of a leaf element's content. White space counts when it is all there is, but a run of
 /// it between comments or sections is dropped: "<a> </a>" holds " ", "<a> <!--c--></a>" nothing.
-std::string MarkupDocument::x_GetContent(std::string_view content) const {
-    std::string data;
+std::string_view MarkupDocument::x_GetContent(std::string_view content,
+                                              std::string& storage) const {
     if (content.find('<') == std::string_view::npos) {
-        x_AppendUnescaped(data, content, docFlags_);
-        return data;
+        const bool isPlain = !hasFlag(DocFlagTrimWhitespace | DocFlagCollapseWhitespace) &&
+                             content.find('&') == std::string_view::npos;
+        if (isPlain) {
+            return content;
+        }
+        x_AppendUnescaped(storage, content, docFlags_);
+        return storage;
     }
     TokenPos token(content, docFlags_);
     NodePos node;
@@ -123,18 +135,18 @@ std::string MarkupDocument::x_GetContent(std::string_view content) const {
         const std::string_view text = content.substr(static_cast<std::size_t>(node.start),
                                                      static_cast<std::size_t>(node.length));
         if (node.type == NodeText) {
-            x_AppendUnescaped(data, text, docFlags_);
+            x_AppendUnescaped(storage, text, docFlags_);
         } else if (node.type == NodeCDataSection && text.size() > 12) {
-            data += text.substr(9, text.size() - 12);
+            storage += text.substr(9, text.size() - 12);
         }
     }
-    return data;
+    return storage;
 }
 
 /// A cursor behind the "<" of the start tag of record `pos`. The tokenizer and the attribute walk
 /// cut a tag into the same tokens, so the walk ends with the tag.
 TokenPos MarkupDocument::x_StartTagToken(int pos) const {
-    return TokenPos(docText_, docFlags_, tree_[pos].start + 1);
+    return TokenPos(docText_.view(), docFlags_, tree_[pos].start + 1);
 }
 
 std::string MarkupDocument::x_GetAttrib(int pos, TextArg name) const {
@@ -142,7 +154,7 @@ std::string MarkupDocument::x_GetAttrib(int pos, TextArg name) const {
     if (isElement(pos) && pos_.nodeType == NodeElement) {
         token = x_StartTagToken(pos);
     } else if (pos == pos_.main && pos_.nodeType == NodeProcessingInstruction && x_OnOtherNode()) {
-        token = TokenPos(docText_, docFlags_, pos_.nodeOffset + 2);
+        token = TokenPos(docText_.view(), docFlags_, pos_.nodeOffset + 2);
     }
     std::string value;
     if (!name.isNull() && token.FindAttrib(name)) {

@@ -21,7 +21,7 @@ void addOutOfMemory(std::string& results) noexcept {
 }
 
 /// Reads the whole of an open file into `text` and closes it.
-bool readOpenFile(FilePos& file, std::string& text) {
+bool readOpenFile(FilePos& file, TextBuffer& text) {
     bool isRead = false;
     if (file.remaining() > INT_MAX) {
         file.ioResult.clear();
@@ -45,14 +45,14 @@ void settleEncoding(FilePos& file, std::string& encoding) {
 
 /// Opens, reads and closes `path`. `results` is replaced by the log of these steps; `flags` are the
 /// document flags, in and out; `encoding` may be null.
-bool readFile(TextArg path, std::string& text, std::string& results, int& flags,
+bool readFile(TextArg path, TextBuffer& text, std::string& results, int& flags,
               std::string* encoding) {
     try {
         // Flags left over from writing must not open the file for writing.
         FilePos file((flags & ~(DocFlagWriteFile | DocFlagAppendFile)) | DocFlagReadFile);
         const bool isOpen = file.FileOpen(path);
         results = file.ioResult;
-        text.clear();
+        text.truncate(0);
         if (!isOpen) {
             return false;
         }
@@ -64,7 +64,7 @@ bool readFile(TextArg path, std::string& text, std::string& results, int& flags,
         flags = file.docFlags;
         return isRead;
     } catch (const std::bad_alloc&) {
-        std::string().swap(text);
+        text.clear();
         addOutOfMemory(results);
         return false;
     }
@@ -72,7 +72,7 @@ bool readFile(TextArg path, std::string& text, std::string& results, int& flags,
 
 /// Writes `text` to `path`; the other arguments are as for readFile. What was not written to the
 /// last byte is a failure, also when only closing tells.
-bool writeFile(TextArg path, const std::string& text, std::string& results, int& flags,
+bool writeFile(TextArg path, std::string_view text, std::string& results, int& flags,
                std::string* encoding) {
     try {
         FilePos file((flags & ~DocFlagReadFile) | DocFlagWriteFile);
@@ -155,7 +155,7 @@ bool MarkupDocument::Load(TextArg path) {
         return x_ParseDoc();
     } catch (const std::bad_alloc&) {
         x_ForgetRecords();
-        std::string().swap(docText_);
+        docText_.clear();
         addOutOfMemory(resultText_);
         return false;
     }
@@ -165,8 +165,17 @@ bool MarkupDocument::ReadTextFile(TextArg path, std::string& text, std::string* 
                                   std::string* encoding) {
     std::string ownResults;
     int ownFlags = 0;
-    return readFile(path, text, results != nullptr ? *results : ownResults,
-                    flags != nullptr ? *flags : ownFlags, encoding);
+    std::string& log = results != nullptr ? *results : ownResults;
+    TextBuffer buffer;
+    const bool isRead = readFile(path, buffer, log, flags != nullptr ? *flags : ownFlags, encoding);
+    try {
+        text = buffer.view();
+        return isRead;
+    } catch (const std::bad_alloc&) {
+        std::string().swap(text);
+        addOutOfMemory(log);
+        return false;
+    }
 }
 
 bool MarkupDocument::Save(TextArg path) {
@@ -174,7 +183,7 @@ bool MarkupDocument::Save(TextArg path) {
         return false;
     }
     int flags = docFlags_;  // the document keeps its own
-    return writeFile(path, docText_, resultText_, flags, nullptr);
+    return writeFile(path, docText_.view(), resultText_, flags, nullptr);
 }
 
 bool MarkupDocument::WriteTextFile(TextArg path, const std::string& text, std::string* results,

@@ -99,7 +99,7 @@ int MarkupDocument::FindNode(int typeMask) {
     if (start < 0) {
         return 0;
     }
-    TokenPos token(docText_, docFlags_, start);
+    TokenPos token(docText_.view(), docFlags_, start);
     NodePos node;
     int lastElem = pos_.main;
     while (true) {

@@ -18,7 +18,7 @@ struct MarkupDocument::Parse {
 bool MarkupDocument::x_ParseDoc() {
     x_ResetRecords();
     if (!docText_.empty()) {
-        TokenPos token(docText_, docFlags_);
+        TokenPos token(docText_.view(), docFlags_);
         const int first = x_ParseElem(0, token);
         tree_[0].length = static_cast<int>(docText_.size());
         tree_[0].child = first;

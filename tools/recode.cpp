@@ -105,7 +105,7 @@ bool saveAs(const MarkupDocument& document, const char* path, std::string encodi
         return report("can't write a file in " + encoding + " that reads back", false);
     }
     int flags = markOf(encoding);
-    std::string text = document.GetDoc();
+    std::string text(document.GetDoc());
     declareEncoding(text, encoding);
     std::string results;
     const bool isSaved = MarkupDocument::WriteTextFile(path, text, &results, &flags, &encoding);

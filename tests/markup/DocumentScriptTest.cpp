@@ -32,7 +32,7 @@ class Script {
             {"doc", [](S& s, const A& a) { return answer(s.doc.SetDoc(a[0])); }},
             {"flags", [](S& s, const A& a) { s.doc.SetDocFlags(std::stoi(a[0])); return a[0]; }},
             {"getflags", [](S& s, const A&) { return std::to_string(s.doc.GetDocFlags()); }},
-            {"text", [](S& s, const A&) { return s.doc.GetDoc(); }},
+            {"text", [](S& s, const A&) { return std::string(s.doc.GetDoc()); }},
             {"repeat", [](S& s, const A& a) { return answer(s.doc.SetDoc(repeat(a))); }},
             {"tree", [](S& s, const A&) { return s.tree(); }},
             {"nodes", [](S&, const A& a) { return nodes(a[0]); }},
@@ -226,11 +226,12 @@ class Script {
         MarkupDocument::WriteTextFile(path_, whole, nullptr, &flags);
         const std::string original = bytes();
         std::string failed =
-            doc.Load(path_) && doc.GetDoc() == whole ? "" : " load: " + doc.GetDoc();
+            doc.Load(path_) && doc.GetDoc() == whole ? "" : " load: " + std::string(doc.GetDoc());
         const std::string before = tree() + std::to_string(doc.GetDocFlags());
         failed += doc.Save(path_) ? "" : " save";
         failed += bytes() == original ? "" : " bytes: " + bytes();
-        failed += doc.Load(path_) && doc.GetDoc() == whole ? "" : " again: " + doc.GetDoc();
+        failed +=
+            doc.Load(path_) && doc.GetDoc() == whole ? "" : " again: " + std::string(doc.GetDoc());
         failed += tree() + std::to_string(doc.GetDocFlags()) == before ? "" : " tree";
         return failed.empty() ? "same, " + std::to_string(original.size()) + " bytes" : failed;
     }

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+/// Memory for a document's text. Unlike std::string it is not cleared before a file is read into
+/// it, and large ones lie in huge pages where the system has them: touching memory for the first
+/// time costs more than parsing it.
+class TextBuffer {
+  public:
+    std::string_view view() const { return {data_.get(), size_}; }
+    char* data() { return data_.get(); }
+    std::size_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+
+    /// Makes room for `size` bytes, whose content is not defined, and returns the first. What was
+    /// there before is lost. Throws std::bad_alloc, leaving the buffer empty.
+    char* reset(std::size_t size);
+    /// Keeps the first `size` bytes. Requires: size <= size().
+    void truncate(std::size_t size) { size_ = size; }
+    /// Copies `text`, which must not lie in the buffer.
+    void assign(std::string_view text);
+    /// Frees the memory.
+    void clear();
+
+  private:
+    struct Free {
+        void operator()(char* block) const { std::free(block); }
+    };
+
+    std::unique_ptr<char[], Free> data_;
+    std::size_t size_ = 0;
+    std::size_t capacity_ = 0;
+};
