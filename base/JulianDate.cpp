@@ -32,7 +32,7 @@ constexpr std::int64_t upperLimit = (INT32_MAX - epoch) * perSecond;
 constexpr int firstUpperYear = 71;
 
 constexpr int maxPrecision = 6;  // the count has no finer decimals
-constexpr double powersOf10[maxPrecision + 1] = {1, 10, 100, 1000, 1e4, 1e5, 1e6};
+constexpr std::int64_t powersOf10[maxPrecision + 1] = {1, 10, 100, 1000, 10000, 100000, 1000000};
 
 int decimalsOf(int precision) {
     return std::min(precision < 0 ? JulianDate::d_precision : precision, maxPrecision);
@@ -92,16 +92,25 @@ std::int64_t secondsOf(const std::tm& fields) {
            fields.tm_min * std::int64_t{60} + fields.tm_sec;
 }
 
+// The number of steps of 10^-decimals seconds, rounded half away from zero.
+std::int64_t roundedSteps(std::int64_t microseconds, int decimals) {
+    const std::int64_t step = powersOf10[maxPrecision - decimals];
+    const std::int64_t steps = microseconds / step;
+    const std::int64_t rest = microseconds % step;
+    if (rest > 0) {
+        return steps + (rest >= step - rest ? 1 : 0);
+    }
+    return steps - (rest < 0 && -rest >= step + rest ? 1 : 0);
+}
+
 // An instant rounded for printing: the seconds since 2000 and their calendar fields.
 struct Rounded {
     double seconds;
     std::tm fields;
 
-    Rounded(std::int64_t microseconds, int precision) {
-        const int decimals = decimalsOf(precision);
-        seconds =
-            std::round(static_cast<double>(microseconds) / powersOf10[maxPrecision - decimals]) /
-            powersOf10[decimals];
+    Rounded(std::int64_t microseconds, int precision)
+        : seconds(static_cast<double>(roundedSteps(microseconds, decimalsOf(precision))) /
+                  static_cast<double>(powersOf10[decimalsOf(precision)])) {
         // Truncated toward zero, as required, not rounded down.
         fields = fieldsOf(static_cast<std::int64_t>(seconds));
     }
