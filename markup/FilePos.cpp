@@ -107,6 +107,10 @@ bool FilePos::FileOpen(TextArg path) {
     if (!file_) {
         return FileErrorAddResult();
     }
+    if (!isWriting) {
+        // Two reads, both into memory of the right size: a buffer in between would only be filled.
+        std::setvbuf(file_.get(), nullptr, _IONBF, 0);
+    }
     charUnitSize = 1;
     fileByteLength = 0;
     fileByteOffset = 0;
