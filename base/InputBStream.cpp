@@ -21,7 +21,7 @@ constexpr long usualKeepBack = 1024;
 /// Windows of this size and below keep half of themselves back.
 constexpr long smallCapacity = 2048;
 /// Storage beyond a small window.
-constexpr unsigned long leastSlack = 1UL << 16;
+constexpr unsigned long leastSlack = 1UL << 12;
 /// How far getline reads ahead at once; it has to go back behind the delimiter.
 constexpr long linePiece = 512;
 
@@ -63,26 +63,30 @@ unsigned long InputBStream::initBuf(const char* text, unsigned long length) {
 }
 
 void InputBStream::initFile(unsigned long bufferSize, bool) {
-    openSource();
-    chooseWindow(bufferSize);
+    // Without a source the stream is empty and at its end, which is what a failure leaves.
+    source_.reset();
     base_ = start_ = position_ = valid_ = 0;
     eof_ = fail_ = false;
+    auto source = openSource();
+    isFifo_ = source->isFifo();
+    chooseWindow(bufferSize);
+    source_ = std::move(source);
 }
 
-void InputBStream::openSource() {
-    source_.reset();
+std::unique_ptr<InputStream> InputBStream::openSource() {
     if (name_.isNull() || FileUtils::checkFile(name_.c_str())) {
-        source_ =
+        auto file =
             std::make_unique<InputBasicFile>(name_.isNull() ? nullptr : name_.c_str(), order_);
         if (name_.isNull()) {
-            name_ = source_->name();
+            name_ = file->name();
         }
-    } else {
-        auto chain = std::make_unique<InputMultiFile>(name_.c_str(), order_);
-        chain->open("basic", nullptr);
-        source_ = std::move(chain);
+        return file;
     }
-    isFifo_ = source_->isFifo();
+    auto chain = std::make_unique<InputMultiFile>(name_.c_str(), order_);
+    if (!chain->open("basic", nullptr)) {  // the driver was replaced by one that refuses
+        throwOpenFailed(name_, ENOENT);
+    }
+    return chain;
 }
 
 void InputBStream::chooseWindow(unsigned long bufferSize) {
@@ -96,7 +100,8 @@ void InputBStream::chooseWindow(unsigned long bufferSize) {
     if (!isKnown) {
         capacity = unknownSizeCapacity;
     }
-    const unsigned long wanted = capacity > most - slack ? most + 1 : capacity + slack;
+    const bool isTooLarge = capacity > most || slack > most - capacity;
+    const unsigned long wanted = isTooLarge ? most + 1 : capacity + slack;
     storage_.reset();
     storage_ = allocate(wanted, "InputBStream::initFile");
     storageSize_ = static_cast<long>(wanted);
@@ -197,7 +202,7 @@ unsigned long InputBStream::bufread(char* buffer, unsigned long count, unsigned 
         if (position_ >= end()) {
             const bool isExhausted = !source_ || (valid_ != 0 && valid_ < capacity_);
             if (isExhausted || !slide()) {
-                markEnd();
+                eof_ = true;
                 break;
             }
         }
@@ -210,18 +215,11 @@ unsigned long InputBStream::bufread(char* buffer, unsigned long count, unsigned 
             break;
         }
         if (valid_ < capacity_) {
-            markEnd();
+            eof_ = true;
             break;
         }
     }
     return reserved + delivered;
-}
-
-/// Notes that no more data come. That is the end of the data, but not where the source failed to
-/// read: what came must not pass for all there is.
-void InputBStream::markEnd() {
-    fail_ = source_ && source_->fail() && !source_->eof();
-    eof_ = !fail_;
 }
 
 /// Goes back before the window; false when the source has no data there.
@@ -234,7 +232,8 @@ bool InputBStream::rewindSource() {
         }
         String message = error.msg();
         message += ", try increasing the read buffer to minimum ";
-        message << (end() - position_ + 1023) / 1024;
+        const long reach = end() - position_;
+        message << reach / 1024 + (reach % 1024 != 0 ? 1 : 0);
         message += " KBytes";
         throw StdError(message.c_str(), ESPIPE);
     }
@@ -252,28 +251,37 @@ bool InputBStream::slide() {
     const long keep = std::min(keepBack_, position_);
     const long moved =
         valid_ == 0 || position_ - end() >= keepBack_ ? 0 : end() + keepBack_ - position_;
-    base_ += valid_ - moved;
-    start_ = position_ - keep;
-    if (moved == 0) {
-        base_ = 0;
-    } else if (base_ + capacity_ > storageSize_) {
+    seekSource(position_ - keep + moved);
+    base_ = moved == 0 ? 0 : base_ + valid_ - moved;
+    if (base_ + capacity_ > storageSize_) {
         std::memmove(storage_.get(), window(), static_cast<std::size_t>(moved));
         base_ = 0;
     }
+    start_ = position_ - keep;
+    valid_ = 0;  // should the source throw: nothing of the window is known any more
     fill(moved);
     return position_ <= end();
 }
 
-/// Fills the window up behind its first `moved` bytes.
-void InputBStream::fill(long moved) {
-    const long from = start_ + moved;
-    // A source that is there already is not sought: it may have to read anew what it has at hand.
+/// Moves the source to `from`. One that is there already is not sought: it may have to read anew
+/// what it has at hand.
+void InputBStream::seekSource(long from) {
     if (source_->offset() != from || source_->eof()) {
         source_->seek(from, std::ios::beg);
     }
+}
+
+/// Fills the window up behind its first `moved` bytes from the source, which stands there or, when
+/// it could not be brought there, has no such bytes.
+void InputBStream::fill(long moved) {
     const long before = source_->offset();
-    source_->bufread(window() + moved, static_cast<unsigned long>(capacity_ - moved), 0);
-    valid_ = moved + std::max(source_->offset() - before, 0L);
+    long got = 0;
+    if (before == start_ + moved) {
+        source_->bufread(window() + moved, static_cast<unsigned long>(capacity_ - moved), 0);
+        got = std::max(source_->offset() - before, 0L);
+        readFailed_ = readFailed_ || source_->readFailed();
+    }
+    valid_ = moved + got;
 }
 
 }  // namespace vek

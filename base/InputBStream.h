@@ -49,13 +49,13 @@ class InputBStream : public InputStream {
     long keepBack() const { return keepBack_; }
 
   private:
-    void openSource();
+    std::unique_ptr<InputStream> openSource();
     void chooseWindow(unsigned long bufferSize);
     long end() const { return start_ + valid_; }
     char* window() const { return storage_.get() + base_; }
-    void markEnd();
     bool rewindSource();
     bool slide();
+    void seekSource(long from);
     void fill(long moved);
 
     std::unique_ptr<char[]> storage_;  ///< larger than the window, so that sliding seldom copies

@@ -36,6 +36,7 @@ InputBasicFile::InputBasicFile(const char* name, ByteOrder order) : InputStream(
 void InputBasicFile::open() {
     const bool isStdin = name_.isNull();
     file_.reset();
+    offset_ = 0;
     errno = 0;
     if (isStdin) {
         name_ = stdinName;
@@ -52,6 +53,9 @@ void InputBasicFile::open() {
 
 InputStream& InputBasicFile::seek(long offset, std::ios::seekdir dir) {
     if (dir != std::ios::beg && dir != std::ios::cur && dir != std::ios::end) {
+        return *this;
+    }
+    if (!file_) {
         return *this;
     }
     if (isFifo_) {
@@ -92,11 +96,15 @@ void InputBasicFile::seekFifo(long offset, std::ios::seekdir dir) {
 
 /// Reads through interruptions by signals.
 std::size_t InputBasicFile::read(char* buffer, std::size_t count) {
+    if (!file_) {  // opening it again failed
+        return 0;
+    }
     std::size_t got = std::fread(buffer, 1, count, file_.get());
     while (got < count && std::ferror(file_.get()) != 0 && errno == EINTR) {
         std::clearerr(file_.get());
         got += std::fread(buffer + got, 1, count - got, file_.get());
     }
+    readFailed_ = readFailed_ || std::ferror(file_.get()) != 0;
     return got;
 }
 
@@ -109,17 +117,20 @@ InputStream& InputBasicFile::getline(char*, unsigned long, char) {
 }
 
 bool InputBasicFile::eof() {
-    return std::feof(file_.get()) != 0;
+    return !file_ || std::feof(file_.get()) != 0;
 }
 
 bool InputBasicFile::fail() {
-    return std::ferror(file_.get()) != 0;
+    return !file_ || std::ferror(file_.get()) != 0;
 }
 
 int InputBasicFile::peek() {
-    const int byte = std::fgetc(file_.get());
+    char byte;
+    if (read(&byte, 1) == 0) {
+        return -1;
+    }
     // Pushed back and not sought back to: a pipe would lose the byte.
-    return byte == EOF ? -1 : std::ungetc(byte, file_.get());
+    return std::ungetc(static_cast<unsigned char>(byte), file_.get());
 }
 
 long InputBasicFile::size() {

@@ -16,6 +16,22 @@ namespace vek {
 
 namespace {
 
+/// Counts chains that are being opened within one another. They have no use, and options that name
+/// "multi" again and again would exhaust the stack.
+class NestedOpening {
+  public:
+    NestedOpening() { ++depth_; }
+    ~NestedOpening() { --depth_; }
+    NestedOpening(const NestedOpening&) = delete;
+    NestedOpening& operator=(const NestedOpening&) = delete;
+
+    bool isTooDeep() const { return depth_ > mostNested; }
+
+  private:
+    static constexpr int mostNested = 16;
+    inline static int depth_ = 0;
+};
+
 bool isHidden(const String& path) {
     return FileUtils::baseName(path.c_str(), false).match(".*");
 }
@@ -46,12 +62,17 @@ InputMultiFile::InputMultiFile(const char* name, ByteOrder order) : InputStream(
 }
 
 bool InputMultiFile::open(const char* driver, const char* options) {
+    const NestedOpening opening;
+    if (opening.isTooDeep()) {
+        return false;
+    }
     const bool isOpen = FileUtils::checkFile(name_.c_str())
                             ? addMember(name_.c_str(), driver, options)
                             : addMatches(driver, options);
     if (!isOpen) {
         return false;
     }
+    totalSize_ = 0;
     for (long i = 0; i < members_.count(); ++i) {
         isFifo_ = isFifo_ || members_[i]->isFifo();
         totalSize_ = addOffsets(totalSize_, members_[i]->size());
@@ -163,13 +184,16 @@ unsigned long InputMultiFile::bufread(char* buffer, unsigned long count, unsigne
         const long got = std::max(current().offset() - before, 0L);
         delivered += static_cast<unsigned long>(got);
         position_ += got;
+        readFailed_ = readFailed_ || current().readFailed();
         if (isLast(current_) || current().peek() >= 0) {
             break;
         }
-        if (++current_ == starts_.count()) {
+        const long next = current_ + 1;
+        if (next == starts_.count()) {
             starts_.append(position_);
         }
-        current().seek(position_ - starts_[current_]);
+        members_[next]->seek(position_ - starts_[next]);  // before the move: a pipe may throw
+        current_ = next;
         if (delivered == count) {
             break;
         }
@@ -185,8 +209,13 @@ InputStream& InputMultiFile::seek(long offset, std::ios::seekdir dir) {
     if (target == position_ || members_.count() == 0) {
         return *this;
     }
-    const long member = starts_[current_] > target ? memberBackward(target) : memberForward(target);
-    members_[member]->seek(target - starts_[member]);
+    const long member = target < position_ ? memberBackward(target) : memberForward(target);
+    InputStream& stream = *members_[member];
+    const long inner = target - starts_[member];
+    stream.seek(inner);
+    if (stream.offset() != inner && !stream.isFifo()) {
+        stream.seek(0, std::ios::end);  // it can't go that far: nothing is there
+    }
     current_ = member;
     position_ = target;
     return *this;

@@ -9,12 +9,14 @@ namespace vek {
 /// driver: "data.bin::memory", "images/*.raw::buffer:16". Names that are no existing files are
 /// taken as patterns. One for the process, for use from one thread.
 ///
-/// | driver | options | reads |
-/// |---|---|---|
-/// | multi | driver[:options] of the members, "buffer:2" | all files that the name matches, as one
-/// | | basic | none | through stdio | | fstream | none | through a standard file stream | | memory
-/// | none | the whole file into memory | | buffer | N, 2 | through a window of |N| kilobytes; 0 is
-/// the whole file | | bmulti | N, 2 | as buffer, patterns too |
+/// - multi: all files that the name matches, as one; its options are the driver of the members and
+///   that driver's options, "buffer:2" by default
+/// - basic: through stdio
+/// - fstream: through a standard file stream
+/// - memory: the whole file in memory
+/// - buffer: through a window of as many kilobytes as the option says, 2 by default, 0 for the
+///   whole file; a minus sign makes no difference
+/// - bmulti: as buffer, and patterns are one stream too
 class InputServer {
   public:
     /// Opens `name` (null: standard input) with `options`, which may be null; the stream belongs to

@@ -59,6 +59,10 @@ class InputStream {
     virtual unsigned long bufread(char* buffer, unsigned long count,
                                   unsigned long reserved = 0) = 0;
 
+    /// Whether a read so far brought less because the source failed, not because it ended. Unlike
+    /// fail() it stays, and it passes through windows and chains.
+    bool readFailed() const { return readFailed_; }
+
     /// The byte order of the data, never BYTE_ORDER_NATIVE.
     ByteOrder byteOrder() const { return order_; }
 
@@ -80,6 +84,7 @@ class InputStream {
     ByteOrder order_;
     String name_;
     bool isFifo_ = false;
+    bool readFailed_ = false;
 
   private:
     unsigned long readBytes(char* field, unsigned long count);

@@ -63,6 +63,7 @@ long InputStreamStl::size() {
 unsigned long InputStreamStl::bufread(char* buffer, unsigned long count, unsigned long) {
     stream_->read(buffer, streamSize(count));
     consumed_ += stream_->gcount();
+    readFailed_ = readFailed_ || stream_->bad();
     return count;
 }
 

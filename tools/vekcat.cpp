@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "base/Exception.h"
@@ -62,7 +63,7 @@ bool copy(InputStream& stream) {
         stream.bufread(buffer.data(), buffer.size());
         const long got = stream.offset() - before;
         if (got <= 0) {
-            return stream.eof() || !stream.fail();
+            return !stream.readFailed();
         }
         if (!write(buffer.data(), static_cast<std::size_t>(got))) {
             throw vek::StdError("cannot write to standard output", errno);
@@ -87,6 +88,8 @@ bool writeStream(const char* argument) {
         std::fprintf(stderr, "vekcat: %s: %s: %s\n", error.family(), error.title(),
                      error.msg().c_str());
         return false;
+    } catch (const std::bad_alloc&) {
+        return complain(argument, "out of memory");
     }
 }
 

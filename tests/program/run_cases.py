@@ -8,6 +8,7 @@ A case begins with "== case TITLE"; its other parts also begin with a "==" line:
     == file NAME              the lines up to the next part are the file's text
     == file NAME from BASE    each line "OLD => NEW" is an edit of an earlier file of the script
     == args NAME...           the arguments, separated by spaces
+    == stdin                  what standard input, a pipe, holds
     == stdout full|closed|pipe  where the record goes instead of being compared
     == status N               the exit status; -6 for an abort; 0 when the part is missing
     == messages               what standard error must hold
@@ -72,7 +73,7 @@ def run(program, case):
         result = subprocess.run(command, stdout=writer, stderr=subprocess.PIPE)
         os.close(writer)
     else:
-        result = subprocess.run(command, capture_output=True)
+        result = subprocess.run(command, capture_output=True, input=case.get("stdin", "").encode())
     return result
 
 

@@ -1,0 +1,396 @@
+// The streams: scripts of single calls, and every driver against a plain model of its kind, on
+// files, chains and pipes.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <map>
+#include <memory>
+#include <optional>
+#include <random>
+#include <sstream>
+
+#include "base/Exception.h"
+#include "base/InputBStream.h"
+#include "base/InputBasicFile.h"
+#include "base/InputServer.h"
+#include "base/InputStreamStl.h"
+#include "tests/Script.h"
+
+namespace {
+
+using vek::InputServer, vek::InputStream;
+using A = script::Arguments;
+constexpr auto native = InputStream::BYTE_ORDER_NATIVE;
+
+// Arguments: a missing one, or "(null)", is a null text or 0.
+const char* text(const A& a, std::size_t i) {
+    return i >= a.size() || a[i] == "(null)" ? nullptr : a[i].c_str();
+}
+template <class T = long>
+T number(const A& a, std::size_t i) {
+    return static_cast<T>(text(a, i) == nullptr ? 0 : std::stol(a[i]));
+}
+std::string repeated(const A& a) {
+    std::string all = a[1];
+    for (long i = number(a, 2); i > 1; --i, all += a[1]) {
+    }
+    return all;
+}
+
+/// A driver that tells its mark and options, and refuses "no".
+template <char mark>
+InputStream* tell(const char* name, InputStream::ByteOrder order, const char* options) {
+    const std::string all = mark + std::string(options == nullptr ? "(null)" : options);
+    return all == "1no" ? nullptr : new vek::InputSStream(name, order, all);
+}
+
+/// An empty folder as the current one, pipes that other processes feed, and a stream.
+class World {
+  public:
+    World() {
+        EXPECT_NE(mkdtemp(folder_.data()), nullptr);
+        std::filesystem::current_path(folder_);
+    }
+    ~World() {
+        stream.reset();
+        InputServer::getInstance()->setDriverDefault("buffer");
+        dup2(stdin_, 0);
+        close(stdin_);
+        for (const pid_t feeder : feeders_) {
+            kill(feeder, SIGKILL);
+            waitpid(feeder, nullptr, 0);
+        }
+        std::filesystem::current_path(home_);
+        std::filesystem::remove_all(folder_);
+    }
+    static bool put(const std::string& name, const std::string& data) {
+        std::filesystem::create_directories(std::filesystem::absolute(name).parent_path());
+        return bool(std::ofstream(name, std::ios::binary) << data);
+    }
+    /// A pipe, "-" as standard input, filled slowly and in odd pieces.
+    bool pipe(const std::string& name, const std::string& data) {
+        const bool isMade = mkfifo(name.c_str(), 0600) == 0;
+        feeders_.push_back(fork());
+        if (feeders_.back() == 0) {
+            const int out = open(name.c_str(), O_WRONLY);
+            for (std::size_t at = 0, size = 1; at < data.size(); size = (size * 7 + 3) % 997) {
+                usleep(500);
+                const std::string piece = data.substr(at, size);
+                at += write(out, piece.data(), piece.size()) < 0 ? data.size() : piece.size();
+            }
+            _exit(0);
+        }
+        if (name == "-") {
+            close(0);
+            EXPECT_EQ(open(name.c_str(), O_RDONLY), 0);
+        }
+        return isMade;
+    }
+    std::string run(const std::string& operation, const A& arguments);
+
+    std::unique_ptr<InputStream> stream;
+
+  private:
+    /// A result with the state of the stream.
+    std::string show(const std::string& result) const {
+        return result + " @" + std::to_string(stream->offset()) + (stream->eof() ? " eof" : "") +
+               (stream->fail() ? " fail" : "") + (stream->isFifo() ? " fifo" : "");
+    }
+    std::string show(long result) const { return show(std::to_string(result)); }
+    template <class Stream, class... As>
+    Stream& set(const As&... arguments) {
+        stream = std::make_unique<Stream>(arguments...);
+        return static_cast<Stream&>(*stream);
+    }
+    /// What a call leaves in a field of dots, and what it returns.
+    template <class Call>
+    std::string filled(std::size_t size, Call call, char fill = '.') {
+        std::string field(size, fill);
+        const unsigned long result = call(field.data());
+        return show(field + " " + std::to_string(result));
+    }
+    std::filesystem::path home_ = std::filesystem::current_path();
+    std::string folder_ = testing::TempDir() + "streamsXXXXXX";
+    int stdin_ = dup(0);
+    std::vector<pid_t> feeders_;
+    std::istringstream adapted_{"adapted"};
+};
+
+std::string World::run(const std::string& operation, const A& arguments) try {
+    // clang-format off
+    using W = World;
+    static InputServer& server = *InputServer::getInstance();
+    static const std::map<std::string, std::function<std::string(W&, const A&)>> operations{
+        {"put", [](W& w, const A& a) { return script::answer(w.put(a[0], repeated(a))); }},
+        {"pipe", [](W& w, const A& a) { return script::answer(w.pipe(a[0], repeated(a))); }},
+        {"open", [](W& w, const A& a) { w.stream.reset(server.getFile(text(a, 0), text(a, 3) ? InputStream::BYTE_ORDER_BIG : native, text(a, 1), text(a, 2))); return w.stream ? w.show(w.stream->name().c_str()) : "null"; }},
+        {"basic", [](W& w, const A& a) { return w.show(w.set<vek::InputBasicFile>(text(a, 0), native).name().c_str()); }},
+        {"fstream", [](W& w, const A& a) { return w.show(w.set<vek::InputFStream>(text(a, 0), native).name().c_str()); }},
+        {"text", [](W& w, const A& a) { return w.show(w.set<vek::InputSStream>("text", native, a[0]).name().c_str()); }},
+        {"adapter", [](W& w, const A&) { return w.show(w.set<vek::InputStreamStl>(&w.adapted_, nullptr, native).name().c_str()); }},
+        {"held", [](W& w, const A& a) { return w.show(std::to_string(w.set<vek::InputBStream>("held", native).initBuf(text(a, 0), number<unsigned long>(a, 1)))); }},
+        {"window", [](W& w, const A& a) { auto& b = w.set<vek::InputBStream>(text(a, 0), native); text(a, 2) ? void() : b.initFile(7, true); b.initFile(number<unsigned long>(a, 1), false); return w.show(std::to_string(b.capacity()) + " " + std::to_string(b.keepBack())); }},
+        {"read", [](W& w, const A& a) { return w.filled(number<std::size_t>(a, 0), [&](char* field) { return w.stream->bufread(field, number<unsigned long>(a, 0), 100); }); }},
+        {"line", [](W& w, const A& a) { return w.filled(20, [&](char* field) { w.stream->getline(field, number<unsigned long>(a, 0)); std::fill(field + std::min(std::find(field, field + 20, '\0') - field + 1, 20L), field + 20, '.'); return 0UL; }); }},
+        {"swap", [](W& w, const A& a) { return w.filled(8, [&](char* field) { w.stream->read_swap(field, number<unsigned short>(a, 0), number<unsigned short>(a, 1), number(a, 2) != 0); return 0UL; }, '\xEE'); }},
+        {"peek", [](W& w, const A&) { return w.show(w.stream->peek()); }},
+        {"seek", [](W& w, const A& a) { w.stream->seek(number(a, 0), number<std::ios::seekdir>(a, 1)); return w.show("to"); }},
+        {"name", [](W& w, const A& a) { return w.show(w.stream->name(number(a, 0)).c_str()); }},
+        {"size", [](W& w, const A& a) { return w.show(a.empty() ? w.stream->size() : w.stream->size(number(a, 0))); }},
+        {"driver", [](W&, const A& a) { server.addDriver(text(a, 0), number(a, 2) == 0 ? nullptr : number(a, 2) == 1 ? tell<'1'> : tell<'2'>, text(a, 1)); return ""; }},
+        {"default", [](W&, const A& a) { server.setDriverDefault(text(a, 0)); return server.getDriverDefault(); }},
+        {"option", [](W&, const A& a) { server.setDriverOption(text(a, 0), text(a, 1)); return ""; }},
+        {"leaked", [](W& w, const A& a) { const auto open = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); }; w.stream.reset(); const auto before = open(); for (int i = 0; i < 1000; ++i) w.run("open", a); return std::to_string(open() - before); }},
+    };
+    // clang-format on
+    errno = 0;
+    return operations.at(operation)(*this, arguments);
+} catch (const vek::StdError& error) {
+    const std::string message = std::string(error.title()) + ": " + error.msg().c_str();
+    const bool leftErrno = errno != 0 && message.ends_with("open failed");
+    return std::to_string(error.code()) + " " + message + (leftErrno ? " errno" : "");
+}
+
+void runScript(const char* name) {
+    std::optional<World> world(std::in_place);
+    const int checks = script::run(
+        name, [&](const std::string& operation, const A& a) { return world->run(operation, a); },
+        [&] { world.emplace(); },
+        [&](const std::string& place, const std::string& result, const std::string& wanted) {
+            EXPECT_EQ(result, wanted) << place;
+        });
+    EXPECT_GT(checks, 0);
+}
+
+TEST(InputStreamScript, GivesWhatItSays) {
+    runScript("streams.txt");
+}
+
+TEST(InputStreamScript, RegistersDriversInAProcessOfItsOwn) {
+    EXPECT_EXIT(
+        {
+            runScript("drivers.txt");
+            std::exit(HasFailure());
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+enum Kind { basic, stl, memory, window, chain };
+
+/// Random operations on a stream and on the plain bytes that it must give. Texts in memory refuse
+/// seeks beyond the end; windows only move their position; chains take offsets from the end as
+/// absolute.
+class Comparison {
+  public:
+    Comparison(InputStream& stream, Kind kind, long back, const std::vector<std::string>& members,
+               unsigned seed)
+        : stream_(stream), kind_(kind), back_(back), random_(seed) {
+        for (const std::string& member : members) {
+            gaps_[size()] = gaps_[size()] || member.empty();
+            data_ += member;
+        }
+    }
+    void step(int i) {
+        using Operation = void (Comparison::*)();
+        constexpr std::array<Operation, 6> operations{&Comparison::peek,    &Comparison::read,
+                                                      &Comparison::getline, &Comparison::swap,
+                                                      &Comparison::seek,    &Comparison::seek};
+        (this->*operations[index(i == 0 ? 0 : pick(0, 5))])();
+        EXPECT_EQ(stream_.offset(), position_);
+        EXPECT_EQ(stream_.size(), back_ < 0 ? size() : 0);
+        if (stream_.eof() || stream_.fail()) {
+            stream_.seek(position_);  // standard streams read no more until that
+        }
+    }
+    bool isOver() const { return back_ < 0 || left() == 0; }
+
+  private:
+    static std::size_t index(long value) { return static_cast<std::size_t>(value); }
+    long size() const { return static_cast<long>(data_.size()); }
+    long left() const { return std::max(size() - position_, 0L); }
+    bool isStl() const { return kind_ == stl || kind_ == memory; }
+    long pick(long low, long high) { return std::uniform_int_distribution(low, high)(random_); }
+    long pickCount() {
+        return pick(1, std::array{3L, 40L, 40L, 5000L, size() + 9}[index(pick(0, 4))]);
+    }
+    std::string take(long length) {
+        const std::string bytes = data_.substr(index(std::min(position_, size())), index(length));
+        position_ += static_cast<long>(bytes.size());
+        high_ = std::max(high_, position_);
+        return bytes;
+    }
+    void read() {
+        const std::size_t count = index(pickCount());
+        std::string bytes(count + 1, '#');
+        const std::size_t result = stream_.bufread(bytes.data(), count, 100);
+        const std::string wanted = take(static_cast<long>(count));
+        EXPECT_TRUE(bytes.starts_with(wanted) && bytes.back() == '#');
+        EXPECT_EQ(result, isStl()          ? count
+                          : kind_ == basic ? index(position_)
+                                           : wanted.size() + 100);
+        // In a chain the flags are those of a member, which may have ended.
+        const bool isShort = wanted.size() < count;
+        EXPECT_TRUE((stream_.eof() || stream_.fail()) == isShort || (kind_ == chain && !isShort));
+    }
+    void peek() {
+        const int wanted = left() == 0 ? -1 : static_cast<unsigned char>(data_[index(position_)]);
+        const int byte = stream_.peek();
+        const bool isGap = kind_ == chain && gaps_[position_];
+        EXPECT_TRUE(byte == wanted || (isGap && byte == -1)) << byte << " is not " << wanted;
+    }
+    void seek() {
+        const long choice = pick(0, 5);
+        auto dir = choice < 2 ? std::ios::beg : choice < 4 ? std::ios::cur : std::ios::end;
+        long offset = choice % 2 == 0 ? pick(-3000, 3000) : pick(-size() - 3, size() + 3);
+        if (back_ >= 0) {
+            const long low = std::max(high_ - back_, 0L) - position_;
+            dir = std::ios::cur;
+            offset = pick(std::min(low, 0L), std::min(left(), 3000L));
+        }
+        stream_.seek(offset, dir);
+        move(offset, dir);
+    }
+    void move(long offset, std::ios::seekdir dir) {
+        const bool isEnd = dir == std::ios::end;
+        const long end = kind_ == chain ? 0 : size();
+        const long target = offset + (isEnd ? end : dir == std::ios::cur ? position_ : 0);
+        const bool isRefused = target < 0 || (kind_ == window && isEnd) ||
+                               (kind_ == memory && target > size()) || (kind_ == stl && back_ >= 0);
+        position_ = kind_ == chain ? std::max(target, 0L) : isRefused ? position_ : target;
+        high_ = std::max(high_, position_);
+    }
+    void getline() {
+        const long room = pickCount();
+        const char delimiter = static_cast<char>(pick(0, 1) != 0 ? 0xFF : pick(0, 255));
+        std::string bytes(index(room + 1), '#');
+        stream_.getline(bytes.data(), index(room), delimiter);
+        EXPECT_EQ(bytes.back(), '#');
+        if (kind_ == basic || kind_ == chain) {
+            EXPECT_EQ(bytes[0], '#');
+            return;
+        }
+        const long start = position_;
+        // A standard stream looks for the delimiter behind a full line, too.
+        std::string wanted = take(kind_ == window ? room - 1 : room);
+        const std::size_t found = wanted.find(delimiter);
+        wanted = wanted.substr(0, std::min(found, index(room - 1)));
+        position_ = start + static_cast<long>(wanted.size()) + (found != std::string::npos ? 1 : 0);
+        EXPECT_TRUE(bytes.starts_with(wanted + '\0'));
+    }
+    void swap() {
+        const long inMemory = pick(1, 8), inFile = pick(1, 8), isSigned = pick(0, 1);
+        const bool isBig = stream_.byteOrder() == InputStream::BYTE_ORDER_BIG;
+        if (left() < inFile || (kind_ == stl && back_ >= 0 && inFile > inMemory)) {
+            return;
+        }
+        std::string field(index(inMemory), '%');
+        stream_.read_swap(field.data(), static_cast<unsigned short>(inMemory),
+                          static_cast<unsigned short>(inFile), isSigned != 0);
+        move(isBig ? std::max(inFile - inMemory, 0L) : 0, std::ios::cur);
+        std::string wanted = take(std::min(inMemory, inFile));
+        if (isBig) {
+            std::reverse(wanted.begin(), wanted.end());
+        }
+        wanted.resize(field.size(), isSigned != 0 && (wanted.back() & 0x80) != 0 ? '\xFF' : '%');
+        EXPECT_EQ(field, wanted);
+    }
+
+    InputStream& stream_;
+    Kind kind_;
+    long back_;  ///< how far a pipe can go back, -1 for what is no pipe
+    std::mt19937 random_;
+    std::string data_;
+    std::map<long, bool> gaps_;  ///< where empty members are, which have no byte to peek
+    long position_ = 0;
+    long high_ = 0;
+};
+
+struct Source {
+    Kind kind;
+    long back;
+    const char* name;
+    const char* driver;
+};
+// clang-format off
+constexpr Source sources[] = {
+    {basic, -1, "one", "basic"}, {stl, -1, "one", "fstream"}, {memory, -1, "text", nullptr},
+    {window, -1, "one", nullptr}, {window, -1, "one", "memory"}, {window, -1, "one::buffer:-3", nullptr},
+    {window, -1, "one::buffer:0", nullptr}, {window, -1, "one::buffer:1", nullptr}, {window, -1, "one::buffer:5", nullptr},
+    {window, -1, "one", "bmulti"}, {window, -1, "d/*", "bmulti"}, {window, -1, "d/[!e]*::bmulti:1", nullptr},
+    {chain, -1, "one::multi:basic", nullptr}, {chain, -1, "d/*", "multi"}, {chain, -1, "d/*::multi:basic", nullptr},
+    {chain, -1, "d/*::multi:fstream", nullptr}, {chain, -1, "d/*", "memory"}, {chain, -1, "d/[!e]*::buffer:1", nullptr},
+    {basic, 0, "p", "basic"}, {stl, 0, "p", "fstream"}, {chain, 0, "p::multi:basic", nullptr},
+    {chain, 500, "p", "multi"}, {window, 500, "p", nullptr}, {window, 500, "p", "memory"},
+    {window, 500, "p", "bmulti"}, {window, 15000, "p::buffer:16", nullptr},
+    {basic, 0, nullptr, "basic"}, {window, 500, nullptr, nullptr}, {window, 500, nullptr, "memory"}};
+// clang-format on
+
+std::string randomBytes(std::size_t size) {
+    std::string bytes(size, '\xFF');
+    std::mt19937 random(static_cast<unsigned>(size));
+    std::generate(bytes.begin(), bytes.end(),
+                  [&] { return static_cast<char>(random() % 3 == 0 ? 0xFF : random()); });
+    return bytes;
+}
+
+/// Interrupts the process all the time; 0 ends that.
+void interruptEvery(long microseconds) {
+    struct sigaction action {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGALRM, &action, nullptr);
+    const itimerval timer{{0, microseconds}, {0, microseconds}};
+    setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+class InputStreamOfSize : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(InputStreamOfSize, GivesTheBytesWhateverTheDriver) {
+    const std::string data = randomBytes(GetParam());
+    const std::string first = data.substr(0, data.size() / 2), last = data.substr(data.size() / 2);
+    const std::map<std::string, std::string> files{{"one", data},
+                                                   {"d/a", first},
+                                                   {"d/b", ""},
+                                                   {"d/c@", "stands for its name"},
+                                                   {"d/d", last},
+                                                   {"d/e", ""},
+                                                   {"d/.hidden", "not read"}};
+    unsigned seed = 1;
+    for (const auto& [kind, back, name, driver] : sources) {
+        SCOPED_TRACE(std::string(name == nullptr ? "-" : name) + " " +
+                     (driver == nullptr ? "" : driver));
+        World world;
+        for (const auto& [file, text] : files) {
+            World::put(file, text);
+        }
+        ASSERT_TRUE(back < 0 || world.pipe(name == nullptr ? "-" : "p", data));
+        const auto order = static_cast<InputStream::ByteOrder>(static_cast<int>(++seed % 3) - 1);
+        world.stream.reset(kind == memory
+                               ? new vek::InputSStream(name, order, data)
+                               : InputServer::getInstance()->getFile(name, order, driver));
+        const std::vector<std::string> members{first, "", "02c@", last, ""};
+        const bool isFolder = name != nullptr && *name == 'd';
+        Comparison comparison(*world.stream, kind, back, isFolder ? members : std::vector{data},
+                              seed);
+        interruptEvery(100);
+        for (int i = 0; (i < 1000 || !comparison.isOver()) && !HasFailure(); ++i) {
+            comparison.step(i);
+        }
+        interruptEvery(0);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Around, InputStreamOfSize,
+                         testing::Values(0, 1, 2, 1023, 1024, 1025, 2047, 2048, 2049, 4095, 4096,
+                                         4097, 100000));
+
+}  // namespace
