@@ -17,7 +17,7 @@ bool compare(const std::string& text) {
     const double wanted = std::strtod(text.c_str(), nullptr);
     bool taken = false;
     // With and without memory behind the text: the two ways to read it.
-    for (const std::size_t beyond : {0, 20}) {
+    for (const std::ptrdiff_t beyond : {0, 20}) {
         double value = -1;
         const char* const end = padded.data() + text.size();
         taken = decimal::read(padded.data(), end, end + beyond, value);
