@@ -25,11 +25,15 @@ class TextBuffer {
     void clear();
 
   private:
-    struct Free {
-        void operator()(char* block) const { std::free(block); }
+    struct Release {
+        Release() : mapped(0) {}
+        explicit Release(std::size_t bytes) : mapped(bytes) {}
+        void operator()(char* block) const;
+
+        std::size_t mapped;  ///< bytes of a mapping, 0 for a block from malloc
     };
 
-    std::unique_ptr<char[], Free> data_;
+    std::unique_ptr<char[], Release> data_;
     std::size_t size_ = 0;
     std::size_t capacity_ = 0;
 };
