@@ -15,10 +15,15 @@ import time
 
 LIMIT = 2.5
 RUNS = 5
-ROOT, END = b"<TEST_EQ_TABLE>", b"</TEST_EQ_TABLE>"
+# With the header, without which the converter would not find the data.
+ROOT = (b"<TEST_EQ_TABLE><HEADER><PRODUCTION_DATE/></HEADER><SPECIFIC_HEADER><APPLICABILITY_DATE/>"
+        b"<APPLICABILITY_END_DATE/></SPECIFIC_HEADER>")
+END = b"</TEST_EQ_TABLE>"
 DATA = ROOT + b"<DATA><COEFFICIENTS_LIST tdi_config='A'>"
 VECTOR = (DATA + b"<COEFFICIENTS detector_id='1'><NB_OF_PIXELS>1</NB_OF_PIXELS>"
           b"<ON_BOARD_EQUALIZATION><APPLICABILITY_DATE/><COEFF_A1>")
+DATA_END = b"</COEFFICIENTS_LIST></DATA>" + END
+VECTOR_END = b"</COEFF_A1></ON_BOARD_EQUALIZATION></COEFFICIENTS>" + DATA_END
 
 # Family: its text for size n, and the n that takes a good part of a second.
 FAMILIES = {
@@ -28,15 +33,15 @@ FAMILIES = {
     "names of =": (lambda n: ROOT + b"<a" + b"=" * n + b"></a=>" * 20, 4_000_000),
     "attributes in one tag": (
         lambda n: DATA + b"<COEFFICIENTS " + b"".join(b"a%d='1' " % i for i in range(n)) +
-        b"detector_id='1'></COEFFICIENTS>", 1_000_000),
-    "siblings": (lambda n: DATA + b"<COEFFICIENTS/>" * n, 1_000_000),
-    "siblings that are not sought": (lambda n: ROOT + b"<HEADER/>" + b"<a/>" * n, 2_000_000),
-    "one vector": (lambda n: VECTOR + b"1.5 " * n + b"</COEFF_A1>", 8_000_000),
-    "references": (lambda n: VECTOR + b"&#49;&amp" * n + b"</COEFF_A1>", 1_000_000),
-    "text between comments": (lambda n: VECTOR + b"1<!---->" * n + b"</COEFF_A1>", 1_000_000),
+        b"detector_id='1'></COEFFICIENTS>" + DATA_END, 1_000_000),
+    "siblings": (lambda n: DATA + b"<COEFFICIENTS/>" * n + DATA_END, 1_000_000),
+    "siblings that are not sought": (lambda n: ROOT + b"<a/>" * n + END, 2_000_000),
+    "one vector": (lambda n: VECTOR + b"1.5 " * n + VECTOR_END, 8_000_000),
+    "references": (lambda n: VECTOR + b"&#49;&amp" * n + VECTOR_END, 1_000_000),
+    "text between comments": (lambda n: VECTOR + b"1<!---->" * n + VECTOR_END, 1_000_000),
     "only <": (lambda n: b"<" * n, 4_000_000),
     "only <!": (lambda n: b"<!" * n, 2_000_000),
-    "only &": (lambda n: VECTOR + b"&" * n + b"</COEFF_A1>", 8_000_000),
+    "only &": (lambda n: VECTOR + b"&" * n + VECTOR_END, 8_000_000),
     "NUL bytes": (lambda n: ROOT + b"\0a" * n, 8_000_000),
     "invalid UTF-8": (lambda n: ROOT + b"\xff" * n, 8_000_000),
     "quotes": (lambda n: ROOT + b"<a '" + b"'\"" * n, 8_000_000),
