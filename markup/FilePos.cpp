@@ -100,6 +100,10 @@ bool FilePos::FileOpen(TextArg path) {
     const bool isAppending = (docFlags & DocFlagAppendFile) != 0;
     const bool isWriting = isAppending || (docFlags & DocFlagWriteFile) != 0;
     ioResult.clear();
+    if (path.view().find('\0') != std::string_view::npos) {
+        return FileErrorAddResult(
+            ENOENT);  // no file has such a name; cut off it would be another's
+    }
     errno = 0;
     file_.reset(std::fopen(std::string(path.view()).c_str(), isAppending ? "ab"
                                                              : isWriting ? "wb"
@@ -334,11 +338,12 @@ bool FilePos::x_DetectEncoding(const TextBuffer& text, bool mayBeRagged) {
 /// would be too long for a document.
 bool FilePos::x_ConvertToUtf8(TextBuffer& text, TextArg from, const void* source, int units) {
     TextEncoding conversion(from, source, units);
-    const int length = conversion.PerformConversion(nullptr, "UTF-8");
+    int length = conversion.PerformConversion(nullptr, "UTF-8");
     if (conversion.isTooLong()) {
         return FileErrorAddResult(EFBIG);
     }
-    conversion.PerformConversion(text.reset(static_cast<std::size_t>(length)), nullptr);
+    length = conversion.PerformConversion(text.reset(static_cast<std::size_t>(length)), nullptr);
+    text.truncate(static_cast<std::size_t>(length));
     x_AddResult(ioResult, "converted_to", "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
     if (conversion.failedCharacters() != 0) {
         x_AddResult(ioResult, "conversion_loss");

@@ -117,8 +117,9 @@ bool FilePos::x_WriteConverted(const char* text, int length) {
         return FileWrite(nullptr, text);
     }
     const auto buffer = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(bytes));
-    conversion.PerformConversion(buffer.get(), nullptr);
-    opTextLength = static_cast<int>(bytes);
+    // Less than was measured where a stateful converter shifts otherwise when it starts a new
+    // piece.
+    opTextLength = conversion.PerformConversion(buffer.get(), nullptr) * unitSizeOf(encoding);
     x_AddResult(ioResult, "converted_from", "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
     if (conversion.failedCharacters() != 0) {
         x_AddResult(ioResult, "conversion_loss");
@@ -132,7 +133,7 @@ bool FilePos::FileWrite(void* buffer, const void* constBuffer) {
         return FileErrorAddResult(EFBIG);
     }
     opByteLength = static_cast<int>(bytes);
-    if (x_EndianSwapRequired(docFlags) == 0) {
+    if (x_EndianSwapRequired(docFlags) == 0 || charUnitSize != 2) {
         return x_WriteBytes(buffer != nullptr ? buffer : constBuffer);
     }
     std::unique_ptr<unsigned short[]> copy;
@@ -175,6 +176,12 @@ bool FilePos::FileFlush(std::string& buffer, int length, bool flush) {
         }
         buffer.erase(0, static_cast<std::size_t>(length));
     }
+    if (!flush) {
+        return true;
+    }
+    if (!file_) {
+        return FileErrorAddResult(EBADF);
+    }
     errno = 0;
-    return !flush || !file_ || std::fflush(file_.get()) == 0 || FileErrorAddResult();
+    return std::fflush(file_.get()) == 0 || FileErrorAddResult();
 }

@@ -3,12 +3,22 @@
 #include <cstdlib>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 /// Memory for a document's text. Unlike std::string it is not cleared before a file is read into
 /// it, and large ones lie in huge pages where the system has them: touching memory for the first
 /// time costs more than parsing it.
 class TextBuffer {
   public:
+    TextBuffer() = default;
+    TextBuffer(TextBuffer&& other) noexcept { *this = std::move(other); }
+    TextBuffer& operator=(TextBuffer&& other) noexcept {
+        data_ = std::move(other.data_);
+        size_ = std::exchange(other.size_, 0);
+        capacity_ = std::exchange(other.capacity_, 0);
+        return *this;
+    }
+
     std::string_view view() const { return {data_.get(), size_}; }
     char* data() { return data_.get(); }
     std::size_t size() const { return size_; }

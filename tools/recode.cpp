@@ -91,13 +91,30 @@ void declareEncoding(std::string& text, const std::string& encoding) {
     }
     TokenPos name(text, DocFlagIgnoreCase, 2);
     const auto end = static_cast<std::size_t>(node.length) - 2;
+    TokenPos version = name;
     if (name.FindAttrib("encoding")) {
         // A value without its closing quote runs out of the declaration.
         const auto left = static_cast<std::size_t>(name.left);
-        text.replace(left, std::min(name.token().size(), end - std::min(left, end)), encoding);
-    } else {
-        text.insert(end, " encoding=\"" + encoding + "\"");
+        const bool isQuoted = text[left - 1] == '"' || text[left - 1] == '\'';
+        text.replace(left, std::min(name.token().size(), end - std::min(left, end)),
+                     isQuoted ? encoding : '"' + encoding + '"');
+        return;
     }
+    // Where the version is, its closing quote included; "standalone" has to come behind.
+    std::size_t at = end;
+    if (version.FindAttrib("version")) {
+        const auto close = static_cast<std::size_t>(version.left) + version.token().size();
+        at = close < end && (text[close] == '"' || text[close] == '\'') ? close + 1 : end;
+    }
+    text.insert(at, " encoding=\"" + encoding + "\"");
+}
+
+/// Whether the loader will find the encoding in the file: only near its start, and not behind what
+/// it can't read.
+bool isDeclared(const std::string& text, const std::string& encoding) {
+    constexpr std::size_t probeLength = 1024;
+    const std::string_view start = std::string_view(text).substr(0, probeLength);
+    return MarkupDocument::GetDeclaredEncoding(start) == encoding;
 }
 
 bool saveAs(const MarkupDocument& document, const char* path, std::string encoding) {
@@ -107,6 +124,9 @@ bool saveAs(const MarkupDocument& document, const char* path, std::string encodi
     int flags = markOf(encoding);
     std::string text(document.GetDoc());
     declareEncoding(text, encoding);
+    if (flags == 0 && !isDeclared(text, encoding)) {
+        return report("can't declare " + encoding + " where it would be found", false);
+    }
     std::string results;
     const bool isSaved = MarkupDocument::WriteTextFile(path, text, &results, &flags, &encoding);
     return report(x_RenderResults(results), isSaved);
