@@ -21,7 +21,8 @@ const char* const fallbackDriver = "buffer";
 /// Of the driver that is given every pattern.
 constexpr long patternDriver = 0;
 
-/// The text up to the first ":" of a specification, and what follows it, null for nothing.
+/// The text up to the first ":" of what a name says of its driver, and what follows it, null for
+/// nothing.
 struct DriverSpec {
     String driver;
     String options;
