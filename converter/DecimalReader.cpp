@@ -222,7 +222,7 @@ int cutShortExponent(const char* text, const char*& end) {
 /// Takes apart the numbers that files are full of: up to 3 digits, a point and up to 16 digits
 /// more, an exponent of two digits. False for any other text. Where the text ends tells how many
 /// digits there are, so that they are read by the word; numbers of one vector mostly have the same
-/// form, which makes the branches free. Requires: text < end, and 19 bytes from `text` on that may
+/// form, which makes the branches free. Requires: text < end, and 21 bytes from `text` on that may
 /// be read.
 bool takeUsual(const char* text, const char* end, Parts& parts) {
     parts.isNegative = *text == '-';
@@ -302,7 +302,7 @@ bool takeAny(const char* text, const char* end, Parts& parts) {
 }  // namespace
 
 bool read(const char* text, const char* end, const char* readable, double& value) {
-    constexpr std::ptrdiff_t usualBytes = 19;
+    constexpr std::ptrdiff_t usualBytes = 21;  // a sign, 3 digits, the point and two words
     Parts parts;
     const bool isUsual = isLittleEndian && text != end && readable - text >= usualBytes &&
                          takeUsual(text, end, parts);

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "converter/DecimalReader.h"
 
@@ -13,14 +14,15 @@ namespace {
 
 /// Compares one text; true when the reader took it.
 bool compare(const std::string& text) {
-    const std::string padded = text + std::string(20, ' ');
     const double wanted = std::strtod(text.c_str(), nullptr);
     bool taken = false;
-    // With and without memory behind the text: the two ways to read it.
-    for (const std::ptrdiff_t beyond : {0, 20}) {
+    // With more and less memory behind the text, and none of it beyond what may be looked at.
+    for (const std::size_t beyond : {0U, 1U, 2U, 20U}) {
+        std::vector<char> memory(text.begin(), text.end());
+        memory.resize(text.size() + beyond, ' ');
         double value = -1;
-        const char* const end = padded.data() + text.size();
-        taken = decimal::read(padded.data(), end, end + beyond, value);
+        const char* const start = memory.data();
+        taken = decimal::read(start, start + text.size(), start + memory.size(), value);
         EXPECT_EQ(std::bit_cast<std::uint64_t>(value),
                   std::bit_cast<std::uint64_t>(taken ? wanted : -1.0))
             << text << " with " << beyond;
@@ -47,6 +49,10 @@ TEST(DecimalReader, TakesPlainNumbersAndLeavesTheOthers) {
                              "0.1234567890123456",
                              "1.2345678901234567",
                              "123.45678901234567",
+                             "-123.45678901",
+                             "-123.45678901234",
+                             "-123.456789012345",
+                             "-123.4567890123456",
                              "9007199254740993",
                              "1234567890123456789",
                              "1e22",
