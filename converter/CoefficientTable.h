@@ -21,10 +21,9 @@ class CoefficientTable {
     static int kindOf(std::string_view elementName);
 
     /// Appends the values in `text` to the list of a detector, 1 to 12, and kind, and returns how
-    /// many the list holds now. The text is cut at each single space and each piece converted as
-    /// strtod does, what is no number giving 0. A space at the end adds nothing; tabs and line ends
-    /// cut nothing off.
-    long appendValues(int detector, int kind, std::string_view text);
+    /// many the list holds now. VectorReader tells how the text is cut and converted, and what
+    /// `around` is.
+    long appendValues(int detector, int kind, std::string_view text, std::string_view around);
 
     /// Fills every list up to `pixels` values with quiet NaN and writes the first `pixels` of each:
     /// kind by kind, within a kind detector by detector.

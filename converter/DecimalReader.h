@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 /// Reads plain decimal numbers much faster than strtod, and to the same bits.
 ///
 /// Plain is: an optional sign; digits with at most one "."; an optional exponent. Up to 19
@@ -8,9 +10,8 @@
 /// or are subnormal.
 namespace decimal {
 
-/// Reads the number that is the whole text from `text` to `end`, which no digit follows. False when
-/// it is not one for this reader; `value` is set only otherwise. Up to `readable` memory may be
-/// looked at. Requires: text <= end <= readable.
-bool read(const char* text, const char* end, const char* readable, double& value);
+/// Reads the number that is the whole text from `text` to `end`, digit by digit. False when it is
+/// not one for this reader; `value` is set only otherwise. Requires: text <= end.
+bool read(const char* text, const char* end, double& value);
 
 }  // namespace decimal

@@ -58,7 +58,9 @@ bool TdiConfiguration::readVector(std::uint8_t bandId, const Detector& detector,
     const std::string_view name = CoefficientTable::kindNames[static_cast<std::size_t>(kind)];
     const std::string_view text =
         document_.x_GetDataView(document_.x_GetPosition().main, dataStorage_);
-    const long count = table_.appendValues(detector.id, kind, text);
+    const bool isInDocument = dataStorage_.empty();
+    const long count =
+        table_.appendValues(detector.id, kind, text, isInDocument ? document_.GetDoc() : text);
     if (count != detector.pixels) {
         diagnostics_.say("Found ", count, " ", name, " pixels instead of ", detector.pixels,
                          " for detector ", detector.id, "\n");
