@@ -27,12 +27,16 @@ void ElemPosTree::GrowElemPosTree(int newSize) {
 }
 
 void ElemPosTree::Clear() {
-    std::vector<std::unique_ptr<ElemPos[]>>().swap(pages_);
+    std::vector<MemoryBlock>().swap(pages_);
     size_ = 0;
 }
 
-void ElemPosTree::replacePage(std::size_t index, int keep, int records) {
-    auto fresh = std::make_unique_for_overwrite<ElemPos[]>(static_cast<std::size_t>(records));
-    std::copy_n(pages_[index].get(), keep, fresh.get());
+void ElemPosTree::replacePage(std::size_t index, int keep, int count) {
+    // How many records a text needs is a guess at first. Once a page is full the next one is
+    // likely to be, and a full one is just a huge page.
+    const bool isSure = index > 0 && count == pageRecords;
+    MemoryBlock fresh(static_cast<std::size_t>(count) * sizeof(ElemPos),
+                      isSure ? MemoryBlock::HugePages : MemoryBlock::UsualPages);
+    std::copy_n(records(index), keep, reinterpret_cast<ElemPos*>(fresh.data()));
     pages_[index] = std::move(fresh);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <memory>
 #include <vector>
 
 #include "markup/ElemPos.h"
+#include "markup/MemoryBlock.h"
 
 /// The element position records of a document, in pages of 65,536, so that growth never moves more
 /// than one page. Records are addressed by index; what a fresh record holds is not defined.
@@ -16,8 +16,8 @@ class ElemPosTree {
     int size() const { return size_; }
 
     /// Record `index`. Requires: 0 <= index < size().
-    ElemPos& operator[](int index) { return pages_[page(index)][slot(index)]; }
-    const ElemPos& operator[](int index) const { return pages_[page(index)][slot(index)]; }
+    ElemPos& operator[](int index) { return records(page(index))[slot(index)]; }
+    const ElemPos& operator[](int index) const { return records(page(index))[slot(index)]; }
 
     /// Grows to `newSize` records, but by no more than one page beyond the current last one: the
     /// caller repeats until `size()` is enough. Does nothing when newSize is not above size().
@@ -31,8 +31,11 @@ class ElemPosTree {
     static std::size_t slot(int index) {
         return static_cast<std::size_t>(index) & (pageRecords - 1);
     }
-    void replacePage(std::size_t index, int keep, int records);
+    ElemPos* records(std::size_t page) const {
+        return reinterpret_cast<ElemPos*>(pages_[page].data());
+    }
+    void replacePage(std::size_t index, int keep, int count);
 
-    std::vector<std::unique_ptr<ElemPos[]>> pages_;
+    std::vector<MemoryBlock> pages_;
     int size_ = 0;
 };

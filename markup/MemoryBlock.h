@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <utility>
+
+/// A block of memory whose content is not defined at first, owned by one object. Large ones are
+/// mapped straight from the system: what is never touched costs nothing then, whole huge pages may
+/// be had, and blocks of ever other sizes don't leave holes in malloc's memory.
+class MemoryBlock {
+  public:
+    /// Touching memory for the first time costs more than parsing it, and ten times less in huge
+    /// pages; but a huge page is taken whole with its first byte.
+    enum Pages { UsualPages, HugePages };
+
+    /// An empty block.
+    MemoryBlock() = default;
+    /// A block of at least `size` bytes, aligned for any type. `HugePages` is a wish: where the
+    /// system has none they are as usual. Throws std::bad_alloc.
+    MemoryBlock(std::size_t size, Pages pages);
+    MemoryBlock(MemoryBlock&& other) noexcept
+        : data_(std::exchange(other.data_, nullptr)),
+          size_(std::exchange(other.size_, 0)),
+          isMapped_(other.isMapped_) {}
+    MemoryBlock& operator=(MemoryBlock&& other) noexcept {
+        std::swap(data_, other.data_);
+        std::swap(size_, other.size_);
+        std::swap(isMapped_, other.isMapped_);
+        return *this;
+    }
+    ~MemoryBlock();
+
+    char* data() const { return data_; }
+    /// Bytes that may be used, 0 for an empty block.
+    std::size_t size() const { return size_; }
+    /// True when the block is large enough to be mapped.
+    bool isMapped() const { return isMapped_; }
+
+  private:
+    char* data_ = nullptr;
+    std::size_t size_ = 0;
+    bool isMapped_ = false;
+};
