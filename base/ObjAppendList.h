@@ -56,6 +56,15 @@ class ObjAppendList {
         free_ -= n;
     }
 
+    /// Removes all elements and keeps the storage for others.
+    void removeAll() {
+        if (count_ > 0) {
+            std::memset(static_cast<void*>(data_), 0, static_cast<std::size_t>(count_) * sizeof(T));
+        }
+        free_ += count_;
+        count_ = 0;
+    }
+
     /// Number of elements appended.
     long count() const { return count_; }
     /// Slots allocated beyond count(); their bytes are zero.

@@ -22,6 +22,14 @@ long CoefficientTable::appendValues(int detector, int kind, std::string_view tex
     return values.count();
 }
 
+void CoefficientTable::clear() {
+    for (auto& detector : lists_) {
+        for (Values& values : detector) {
+            values.removeAll();
+        }
+    }
+}
+
 void CoefficientTable::writeVectors(RecordWriter& record, std::int16_t pixels) {
     for (std::size_t kind = 0; kind < kindCount; ++kind) {
         for (auto& detector : lists_) {

@@ -25,6 +25,9 @@ class CoefficientTable {
     /// `around` is.
     long appendValues(int detector, int kind, std::string_view text, std::string_view around);
 
+    /// Empties all lists for another configuration; their memory is kept for it.
+    void clear();
+
     /// Fills every list up to `pixels` values with quiet NaN and writes the first `pixels` of each:
     /// kind by kind, within a kind detector by detector.
     void writeVectors(RecordWriter& record, std::int16_t pixels);

@@ -4,6 +4,7 @@
 
 #include "base/FileUtils.h"
 #include "converter/ElementText.h"
+#include "converter/HeapTuning.h"
 #include "converter/TdiConfiguration.h"
 
 int Converter::run(int fileCount, const char* const* paths) {
@@ -21,6 +22,10 @@ int Converter::run(int fileCount, const char* const* paths) {
 bool Converter::convertFile(int fileCount, const char* path) {
     MarkupDocument document;
     header_.init(path, fileCount, document, fileType_);
+    constexpr std::size_t largeText = std::size_t{1} << 20;
+    if (document.GetDoc().size() >= largeText) {
+        heap::useHugePage();
+    }
     document.FindElem("DATA");
     document.IntoElem();
     const auto bandId = static_cast<std::uint8_t>(toInteger(findElementText(document, "BAND_ID")));
@@ -65,7 +70,7 @@ bool Converter::convertConfigurations(MarkupDocument& document, std::uint8_t ban
     diagnostics_.say("num_tdi_configs=", count, "\n");
     record_.raw(count);  // 12
     while (document.FindElem("COEFFICIENTS_LIST")) {
-        TdiConfiguration configuration(document, record_, diagnostics_);
+        TdiConfiguration configuration(document, record_, diagnostics_, table_);
         if (!configuration.convert(bandId, epsilon)) {
             return false;
         }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "converter/CoefficientTable.h"
 #include "converter/Diagnostics.h"
 #include "converter/RecordWriter.h"
 #include "converter/VORN.h"
@@ -32,6 +33,7 @@ class Converter {
     RecordWriter& record_;
     Diagnostics& diagnostics_;
     VORN header_;
+    CoefficientTable table_;
     std::string fileType_;          ///< root element name of the first file
     std::int16_t nucTableId_ = -1;  ///< of the first file; negative while none is known
 };

@@ -60,12 +60,7 @@ bool read(const char* text, const char* end, double& value) {
         exponent += written;
     }
     double magnitude = 0;
-    if (text != end || digits == 0 || digits > maxDigits) {
-        return false;
-    }
-    if (isExact(w, exponent)) {
-        magnitude = scaleExact(w, exponent);
-    } else if (!scaleByProduct(w, exponent, magnitude)) {
+    if (text != end || digits == 0 || digits > maxDigits || !scale(w, exponent, magnitude)) {
         return false;
     }
     value = std::copysign(magnitude, isNegative ? -1.0 : 1.0);

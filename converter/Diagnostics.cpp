@@ -4,8 +4,12 @@
 
 #include <cerrno>
 
-void Diagnostics::write() const {
-    std::string_view rest = message_;
+void Diagnostics::write() {
+    std::string_view rest(message_.data(), used_);
+    if (!longMessage_.empty()) {
+        spill();
+        rest = longMessage_;
+    }
     while (!rest.empty()) {
         const ssize_t written = ::write(descriptor_, rest.data(), rest.size());
         if (written > 0) {

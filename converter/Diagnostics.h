@@ -1,6 +1,10 @@
 #pragma once
 
+#include <array>
+#include <charconv>
 #include <concepts>
+#include <cstring>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -15,19 +19,39 @@ class Diagnostics {
     /// Writes the parts, texts and decimal integers, one after another; a line end is a part too.
     template <class... Parts>
     void say(const Parts&... parts) {
-        message_.clear();
+        used_ = 0;
+        longMessage_.clear();
         (add(parts), ...);
         write();
     }
 
   private:
-    void add(std::string_view text) { message_ += text; }
+    void add(std::string_view text) {
+        if (text.size() > message_.size() - used_) {
+            spill();
+        }
+        if (text.size() > message_.size()) {
+            longMessage_ += text;
+            return;
+        }
+        std::memcpy(message_.data() + used_, text.data(), text.size());
+        used_ += text.size();
+    }
     template <std::integral Number>
     void add(Number number) {
-        message_ += std::to_string(number);
+        std::array<char, std::numeric_limits<Number>::digits10 + 2> digits;
+        char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+        add(std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data())));
     }
-    void write() const;
+    /// Moves what has been put together to the long message.
+    void spill() {
+        longMessage_.append(message_.data(), used_);
+        used_ = 0;
+    }
+    void write();
 
     int descriptor_;
-    std::string message_;
+    std::size_t used_ = 0;
+    std::array<char, 256> message_;
+    std::string longMessage_;  ///< the start of one that is longer than usual
 };

@@ -5,13 +5,24 @@
 
 #include "converter/ElementText.h"
 
+namespace {
+
+// Sought for every detector of every configuration.
+const PathPos coefficients = PathPos::parsed("COEFFICIENTS");
+const PathPos pixelNumber = PathPos::parsed("NB_OF_PIXELS");
+const PathPos equalization = PathPos::parsed("ON_BOARD_EQUALIZATION");
+const PathPos applicabilityDate = PathPos::parsed("APPLICABILITY_DATE");
+const PathPos anyElement = PathPos::parsed(nullptr);
+
+}  // namespace
+
 bool TdiConfiguration::convert(std::uint8_t bandId, double epsilon) {
     const std::string label = document_.GetAttrib("tdi_config");
     document_.IntoElem();
     record_.number(label.size());  // 13
     record_.text(label);           // 14
     record_.raw(epsilon);          // 15
-    while (document_.FindElem("COEFFICIENTS")) {
+    while (document_.FindElem(coefficients)) {
         if (!readDetector(bandId)) {
             return false;
         }
@@ -26,18 +37,19 @@ bool TdiConfiguration::convert(std::uint8_t bandId, double epsilon) {
 bool TdiConfiguration::readDetector(std::uint8_t bandId) {
     const int id = static_cast<int>(toInteger(document_.GetAttrib("detector_id")));
     document_.IntoElem();
-    const long pixelCount = toInteger(findElementText(document_, "NB_OF_PIXELS"));
+    const long pixelCount = toInteger(findElementText(document_, pixelNumber, dataStorage_));
     if (pixelCount > std::numeric_limits<std::int16_t>::max()) {
         diagnostics_.say("NB_OF_PIXELS ", pixelCount, " of detector ", id, " is above 32767\n");
         return false;
     }
     const Detector detector{id, static_cast<std::int16_t>(pixelCount)};
     maxPixels_ = std::max(maxPixels_, detector.pixels);
-    document_.FindElem("ON_BOARD_EQUALIZATION");
+    document_.FindElem(equalization);
     document_.IntoElem();
-    document_.FindElem("APPLICABILITY_DATE");
-    while (document_.FindElem()) {
-        const int kind = CoefficientTable::kindOf(document_.GetTagName());
+    document_.FindElem(applicabilityDate);
+    while (document_.FindElem(anyElement)) {
+        const int kind =
+            CoefficientTable::kindOf(document_.x_GetTagNameView(document_.x_GetPosition().main));
         if (kind < 0) {
             break;
         }

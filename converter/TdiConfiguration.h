@@ -13,9 +13,13 @@
 class TdiConfiguration {
   public:
     /// Starts at the document's current element, a `COEFFICIENTS_LIST`. Nothing is owned; all must
-    /// outlive the object.
-    TdiConfiguration(MarkupDocument& document, RecordWriter& record, Diagnostics& diagnostics)
-        : document_(document), record_(record), diagnostics_(diagnostics) {}
+    /// outlive the object. `table` is emptied first: it is the caller's so that its memory serves
+    /// all configurations.
+    TdiConfiguration(MarkupDocument& document, RecordWriter& record, Diagnostics& diagnostics,
+                     CoefficientTable& table)
+        : document_(document), record_(record), diagnostics_(diagnostics), table_(table) {
+        table_.clear();
+    }
 
     /// Reads the coefficients of every detector and writes the block. `bandId` goes into progress
     /// lines, `epsilon` into the block. Leaves the document back among the `COEFFICIENTS_LIST`
@@ -35,7 +39,7 @@ class TdiConfiguration {
     MarkupDocument& document_;
     RecordWriter& record_;
     Diagnostics& diagnostics_;
-    CoefficientTable table_;
+    CoefficientTable& table_;
     std::string dataStorage_;     ///< of vector texts that do not stand in the document as they are
     std::int16_t maxPixels_ = 0;  ///< the largest pixel count of a detector, never negative
 };

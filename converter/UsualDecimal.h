@@ -77,16 +77,15 @@ inline __m128i lastDigits(const char* end, unsigned count, unsigned behind, bool
 }
 
 inline bool areDigits(__m128i values) {
-    const __m128i above9 = _mm_subs_epu8(values, _mm_set1_epi8(9));
-    return _mm_movemask_epi8(_mm_cmpeq_epi8(above9, _mm_setzero_si128())) == 0xFFFF;
+    constexpr char toTopBit = 0x80 - 10;
+    return _mm_movemask_epi8(_mm_adds_epu8(values, _mm_set1_epi8(toTopBit))) == 0;
 }
 
 /// The number that 16 digits make, the first one in the lowest byte.
 inline std::uint64_t numberOf(__m128i digits) {
-    // Neighbours are joined, the first one the higher: to pairs, to fours, to eights.
-    const __m128i tens = _mm_and_si128(digits, _mm_set1_epi16(0x00FF));
-    const __m128i pairs =
-        _mm_add_epi16(_mm_mullo_epi16(tens, _mm_set1_epi16(10)), _mm_srli_epi16(digits, 8));
+    // Neighbours are joined, the first one the higher: to pairs, to fours, to eights. A pair is
+    // first + 256 * second; times 10 * 256 + 1, its second byte is first * 10 + second.
+    const __m128i pairs = _mm_srli_epi16(_mm_mullo_epi16(digits, _mm_set1_epi16(10 * 256 + 1)), 8);
     const __m128i fours = _mm_madd_epi16(pairs, _mm_set1_epi32(100 | 1 << 16));
     const __m128i packed = _mm_packs_epi32(fours, fours);
     const __m128i eights = _mm_madd_epi16(packed, _mm_set1_epi32(10000 | 1 << 16));
@@ -94,11 +93,16 @@ inline std::uint64_t numberOf(__m128i digits) {
     return (both & 0xFFFFFFFF) * 100000000 + (both >> 32);
 }
 
-/// Adds the first digits of a number of more than 16, `count` of them, to the number that the last
-/// 16 make; false when one is no digit. Requires: 1 <= count <= 3.
+/// Adds the digits before the last 16 of `count`, if there are any, to the number `w` that the last
+/// 16 make; false when one is no digit, when there are none at all, and when they may be too many
+/// for 64 bits. `before` is how many digits lie before the point.
 inline bool addFirstDigits(const char* text, unsigned before, unsigned count, std::uint64_t& w) {
+    constexpr unsigned most = 19;
+    if (count == 0 || count > most) {
+        return false;
+    }
     std::uint64_t number = 0;
-    for (unsigned i = 0; i < count; ++i) {
+    for (unsigned i = 0; i + 16 < count; ++i) {
         const auto digit = static_cast<unsigned char>(text[i < before ? i : i + 1] - '0');
         if (digit > 9) {
             return false;
@@ -116,32 +120,32 @@ inline bool readUsual(const char* text, const char* end, double& value) {
     const bool isNegative = *text == '-';
     text += isNegative ? 1 : 0;
     const int exponent = cutExponent(end);
-    if (end <= text || end - text > 20) {
+    // An end before the start makes this a large number.
+    const auto length = static_cast<std::size_t>(end - text);
+    if (length - 1 >= 20) {
         return false;
     }
     // Where the point is tells how many digits lie on either side. One beyond the register is
     // taken for a digit, and found to be none.
-    const auto length = static_cast<unsigned>(end - text);
     const auto points = static_cast<unsigned>(
         _mm_movemask_epi8(_mm_cmpeq_epi8(registerAt(text), _mm_set1_epi8('.'))));
     const auto before = static_cast<unsigned>(std::countr_zero(points | 1U << length));
     const bool hasPoint = before < length;
-    const unsigned count = length - (hasPoint ? 1 : 0);
+    const unsigned count = static_cast<unsigned>(length) - (hasPoint ? 1 : 0);
     const unsigned behind = count - before;
     const __m128i digits = lastDigits(end, count, behind, hasPoint);
     std::uint64_t w = numberOf(digits);
-    if (!areDigits(digits) || count - 1 >= 19 ||
-        (count > 16 && !addFirstDigits(text, before, count - 16, w))) {
+    if (!areDigits(digits) || (count - 1 >= 16 && !addFirstDigits(text, before, count, w))) {
         return false;
     }
     const int q = exponent - static_cast<int>(behind);
     double magnitude = 0;
-    if (isExact(w, q)) {
-        magnitude = scaleExact(w, q);
-    } else if (!scaleByProduct(w, q, value)) {
-        return false;
-    } else {
+    if (isExactQuotient(w, q)) {
+        magnitude = exactQuotient(w, q);
+    } else if (scale(w, q, value)) {
         magnitude = value;
+    } else {
+        return false;
     }
     value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) |
                                   std::uint64_t{isNegative} << 63);

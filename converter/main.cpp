@@ -1,4 +1,3 @@
-#include <malloc.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -7,16 +6,10 @@
 #include "base/Exception.h"
 #include "converter/Converter.h"
 #include "converter/Diagnostics.h"
+#include "converter/HeapTuning.h"
 #include "converter/RecordWriter.h"
 
 namespace {
-
-/// Makes malloc keep the memory that a file or a configuration gives back for the next one: memory
-/// touched for the first time costs more than what is done with it.
-void keepFreedMemory() {
-    ::mallopt(M_MMAP_THRESHOLD, 32 << 20);  // the largest that malloc accepts
-    ::mallopt(M_TRIM_THRESHOLD, -1);
-}
 
 /// Runs the converter. Running out of memory stops the run like an inconsistency; any other
 /// exception is a fault that ends the process.
@@ -36,7 +29,7 @@ int convert(int fileCount, const char* const* paths, RecordWriter& record,
 int main(int argc, char** argv) {
     // A closed pipe is to be reported as a failed write, not to kill the process.
     std::signal(SIGPIPE, SIG_IGN);
-    keepFreedMemory();
+    heap::keepFreedMemory();
     Diagnostics diagnostics(STDERR_FILENO);
     try {
         RecordWriter record(STDOUT_FILENO);

@@ -217,9 +217,22 @@ bool FilePos::FileRead(void* buffer) {
         opTextLength = 0;
         return FileErrorAddResult(EBADF);
     }
-    const auto wanted = static_cast<std::size_t>(opByteLength);
     errno = 0;
-    const std::size_t got = std::fread(buffer, 1, wanted, file_.get());
+    if (!x_CountRead(buffer,
+                     std::fread(buffer, 1, static_cast<std::size_t>(opByteLength), file_.get()))) {
+        return false;
+    }
+    x_RemoveNulls(buffer);
+    if (charUnitSize == 2 && x_EndianSwapRequired(docFlags) != 0) {
+        x_EndianSwapUTF16(static_cast<unsigned short*>(buffer), opTextLength);
+        x_AddResult(ioResult, "endian_swap");
+    }
+    return true;
+}
+
+/// Accounts for the `got` bytes that a read delivered; a short read is an error.
+bool FilePos::x_CountRead(void* buffer, std::size_t got) {
+    const auto wanted = static_cast<std::size_t>(opByteLength);
     opTextLength = static_cast<int>(got) / charUnitSize;
     if (got < wanted) {
         const bool failed = FileErrorAddResult();
@@ -228,6 +241,10 @@ bool FilePos::FileRead(void* buffer) {
     }
     fileByteOffset += opByteLength;
     x_AddResult(ioResult, "read", encoding, RESULT_ENCODING | RESULT_LENGTH, opTextLength);
+    return true;
+}
+
+void FilePos::x_RemoveNulls(void* buffer) {
     const int kept = charUnitSize == 2
                          ? removeNulls(static_cast<unsigned short*>(buffer), opTextLength)
                          : removeNulls(static_cast<char*>(buffer), opTextLength);
@@ -235,11 +252,6 @@ bool FilePos::FileRead(void* buffer) {
         x_AddResult(ioResult, "nulls_removed", nullptr, RESULT_COUNT, opTextLength - kept);
         opTextLength = kept;
     }
-    if (charUnitSize == 2 && x_EndianSwapRequired(docFlags) != 0) {
-        x_EndianSwapUTF16(static_cast<unsigned short*>(buffer), opTextLength);
-        x_AddResult(ioResult, "endian_swap");
-    }
-    return true;
 }
 
 bool FilePos::FileCheckRaggedEnd(void* buffer) {
@@ -282,11 +294,29 @@ bool FilePos::x_ReadConverted(TextBuffer& text, bool mayBeRagged) {
 }
 
 /// Reads UTF-8 in place. The rules ask for a conversion to UTF-8, but what a sweep proves valid
-/// would come back the same; only other texts are converted.
+/// would come back the same; only other texts are converted. Each piece is swept while it is still
+/// near the processor.
 bool FilePos::x_ReadUtf8(TextBuffer& text) {
-    bool isRead = FileRead(text.reset(static_cast<std::size_t>(opByteLength)));
+    constexpr std::size_t pieceSize = std::size_t{1} << 18;
+    constexpr std::size_t longestSequence = 4;
+    const auto wanted = static_cast<std::size_t>(opByteLength);
+    char* const data = text.reset(wanted);
+    std::size_t got = 0;
+    std::size_t plain = 0;
+    errno = file_ ? 0 : EBADF;
+    for (std::size_t last = 1; file_ && got < wanted && last != 0; got += last) {
+        last = std::fread(data + got, 1, std::min(pieceSize, wanted - got), file_.get());
+        // What is left of the piece before may be a sequence that was cut off, and no more.
+        if (got - plain < longestSequence) {
+            plain += x_PlainUtf8Length({data + plain, got + last - plain});
+        }
+    }
+    bool isRead = x_CountRead(data, got);
+    if (isRead && plain < got) {
+        x_RemoveNulls(data);
+    }
     text.truncate(static_cast<std::size_t>(opTextLength));
-    if (x_IsPlainUtf8(text.view())) {
+    if (plain == got || x_PlainUtf8Length(text.view()) == text.size()) {
         x_AddResult(ioResult, "converted_to", "UTF-8", RESULT_ENCODING | RESULT_LENGTH,
                     opTextLength);
         return isRead;

@@ -95,6 +95,8 @@ class FilePos {
     bool x_WriteUtf16(const char* text, int length);
     bool x_WriteConverted(const char* text, int length);
     bool x_WriteBytes(const void* bytes);
+    bool x_CountRead(void* buffer, std::size_t got);
+    void x_RemoveNulls(void* buffer);
     bool x_Measure();
     bool x_FindEncoding();
     bool x_SeekTo(std::int64_t offset, int whence);

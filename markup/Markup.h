@@ -94,7 +94,9 @@ class MarkupDocument {
     /// Moves to the next sibling element called `name`, which is the first name of an element path
     /// (see `PathPos`); null or "" means any. Paths that begin with "/" find nothing, and
     /// predicates have no effect: both are required.
-    bool FindElem(TextArg name = nullptr);
+    bool FindElem(TextArg name = nullptr) { return FindElem(PathPos::parsed(name)); }
+    /// The same for a path that has been parsed.
+    bool FindElem(const PathPos& path);
     /// Moves the child position to the next child of the main element called `name`. When there is
     /// no main element the first one at this level becomes it, also when no child is found.
     bool FindChildElem(TextArg name = nullptr);
@@ -166,9 +168,11 @@ class MarkupDocument {
     /// that the path names; 0 when there is none.
     int x_FindElem(int parent, int from, const PathPos& path) const;
     /// Name, data and attribute of record `pos`; "" when there is no such record.
-    std::string x_GetTagName(int pos) const;
+    std::string x_GetTagName(int pos) const { return std::string(x_GetTagNameView(pos)); }
     std::string x_GetData(int pos) const;
     std::string x_GetAttrib(int pos, TextArg name) const;
+    /// The name without a copy; valid until the document gets another text.
+    std::string_view x_GetTagNameView(int pos) const;
     /// The data of record `pos` without a copy where it stands in the text as it is; else it is put
     /// into `storage`. Valid while both stay unchanged.
     std::string_view x_GetDataView(int pos, std::string& storage) const;

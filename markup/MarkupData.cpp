@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "markup/CharClass.h"
 #include "markup/Markup.h"
 #include "markup/TextEscape.h"
+#include "markup/TextScan.h"
 
 std::string_view MarkupDocument::x_Slice(int offset, int length) const {
     return docText_.view().substr(static_cast<std::size_t>(offset),
@@ -16,15 +16,11 @@ std::string_view MarkupDocument::x_TagNameAt(int pos) const {
     const std::string_view text = docText_.view();
     // A record fresh from x_GetFreePos lies nowhere in the text.
     const std::size_t first = std::min(static_cast<std::size_t>(tree_[pos].start) + 1, text.size());
-    std::size_t end = first;
-    while (end < text.size() && !x_IsClass(text[end], ClassName)) {
-        ++end;
-    }
-    return text.substr(first, end - first);
+    return text.substr(first, x_SkipName(text, first, ClassName) - first);
 }
 
-std::string MarkupDocument::x_GetTagName(int pos) const {
-    return isElement(pos) ? std::string(x_TagNameAt(pos)) : std::string();
+std::string_view MarkupDocument::x_GetTagNameView(int pos) const {
+    return isElement(pos) ? x_TagNameAt(pos) : std::string_view();
 }
 
 std::string MarkupDocument::GetTagName() const {
@@ -120,12 +116,12 @@ std::string MarkupDocument::x_GetNodeData() const {
 /// it between comments or sections is dropped: "<a> </a>" holds " ", "<a> <!--c--></a>" nothing.
 std::string_view MarkupDocument::x_GetContent(std::string_view content,
                                               std::string& storage) const {
-    if (content.find('<') == std::string_view::npos) {
-        const bool isPlain = !hasFlag(DocFlagTrimWhitespace | DocFlagCollapseWhitespace) &&
-                             content.find('&') == std::string_view::npos;
-        if (isPlain) {
-            return content;
-        }
+    const std::size_t mark = x_FindMark(content);
+    const bool isTrimmed = hasFlag(DocFlagTrimWhitespace | DocFlagCollapseWhitespace);
+    if (mark == content.size() && !isTrimmed) {
+        return content;
+    }
+    if (content.find('<', mark) == std::string_view::npos) {
         x_AppendUnescaped(storage, content, docFlags_);
         return storage;
     }

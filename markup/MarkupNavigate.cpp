@@ -8,12 +8,10 @@ void MarkupDocument::x_SetPos(int parent, int main, int child) {
     pos_ = {parent, main, child, main != 0 ? NodeElement : 0, 0, 0};
 }
 
-bool MarkupDocument::FindElem(TextArg name) {
+bool MarkupDocument::FindElem(const PathPos& path) {
     if (hasFlag(DocFlagWriteFile) || x_RecordCount() == 0) {
         return false;
     }
-    PathPos path(name);
-    path.ParsePath();
     const int found = x_FindElem(pos_.parent, pos_.main, path);
     if (found == 0) {
         return false;
@@ -46,9 +44,7 @@ bool MarkupDocument::FindChildElem(TextArg name) {
     if (pos_.main == 0 && !FindElem()) {
         return false;
     }
-    PathPos path(name);
-    path.ParsePath();
-    const int found = x_FindElem(pos_.main, pos_.child, path);
+    const int found = x_FindElem(pos_.main, pos_.child, PathPos::parsed(name));
     if (found == 0) {
         return false;
     }

@@ -22,6 +22,7 @@ bool PathPos::ParsePath() {
     offset = 0;
     attributeOffset = 0;
     nameStart = 0;
+    firstName_ = {};
     if (text_.empty()) {
         return true;
     }
@@ -33,14 +34,8 @@ bool PathPos::ParsePath() {
         return false;
     }
     offset = nameStart;
+    firstName_ = text_.substr(nameStart, nameEnd(text_, nameStart) - nameStart);
     return true;
-}
-
-std::string_view PathPos::firstName() const {
-    if (type <= PathAny) {
-        return {};
-    }
-    return text_.substr(nameStart, nameEnd(text_, nameStart) - nameStart);
 }
 
 bool PathPos::x_ParseSegments() {

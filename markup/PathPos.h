@@ -25,12 +25,18 @@ enum PathType : int {
 class PathPos {
   public:
     explicit PathPos(TextArg path) : text_(path.view()) {}
+    /// The path, parsed: for one that is sought often.
+    static PathPos parsed(TextArg path) {
+        PathPos result(path);
+        result.ParsePath();
+        return result;
+    }
 
     /// Parses the path and returns whether it is valid; sets `type` in either case.
     bool ParsePath();
 
     /// The first name of the path, empty unless the path is valid and has one.
-    std::string_view firstName() const;
+    std::string_view firstName() const { return firstName_; }
 
     /// Reads a value, quoted or bare up to "]", at the scan offset and moves behind it. Returns
     /// false when a quote is not closed or a bare value is empty.
@@ -48,4 +54,5 @@ class PathPos {
     bool x_ParsePredicate();
 
     std::string_view text_;
+    std::string_view firstName_;
 };

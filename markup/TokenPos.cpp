@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "markup/CharClass.h"
 #include "markup/NameCompare.h"
 #include "markup/ResultLog.h"
+#include "markup/TextScan.h"
 
 namespace {
 
@@ -18,20 +18,6 @@ constexpr bool isQuote(char c) {
 
 std::size_t TokenPos::position() const {
     return next < 0 ? text_.size() : std::min(static_cast<std::size_t>(next), text_.size());
-}
-
-std::size_t TokenPos::skip(std::size_t pos, unsigned classes) const {
-    while (pos < text_.size() && x_IsClass(text_[pos], classes)) {
-        ++pos;
-    }
-    return pos;
-}
-
-std::size_t TokenPos::skipTo(std::size_t pos, unsigned classes) const {
-    while (pos < text_.size() && !x_IsClass(text_[pos], classes)) {
-        ++pos;
-    }
-    return pos;
 }
 
 void TokenPos::x_SetToken(std::size_t first, std::size_t end) {
@@ -51,8 +37,8 @@ bool TokenPos::Match(TextArg name) const {
 
 bool TokenPos::FindName() {
     flags_ &= ~TokenFlagQuoted;
-    const std::size_t first = skip(position(), ClassSpace);
-    const std::size_t end = skipTo(first, ClassName);
+    const std::size_t first = x_SkipSpace(text_, position());
+    const std::size_t end = x_SkipName(text_, first, ClassName);
     x_SetToken(first, end);
     next = static_cast<int>(end);
     return end > first;
@@ -62,7 +48,7 @@ bool TokenPos::FindName() {
 /// byte that ends names is a token by itself. False at the end of the text.
 bool TokenPos::x_NextAttribToken(bool afterEqual) {
     flags_ &= ~TokenFlagQuoted;
-    const std::size_t first = skip(position(), ClassSpace);
+    const std::size_t first = x_SkipSpace(text_, position());
     if (first == text_.size()) {
         next = static_cast<int>(first);
         return false;
@@ -75,7 +61,7 @@ bool TokenPos::x_NextAttribToken(bool afterEqual) {
         next = static_cast<int>(close == npos ? end : end + 1);
         return true;
     }
-    std::size_t end = skipTo(first, afterEqual ? ClassAttrValue : ClassAttrName);
+    std::size_t end = x_SkipName(text_, first, afterEqual ? ClassAttrValue : ClassAttrName);
     if (end == first && !afterEqual) {
         ++end;
     }
@@ -162,7 +148,7 @@ int TokenPos::x_EndNode(NodePos& node, int type, std::size_t end) {
 }
 
 int TokenPos::x_ParseRun(NodePos& node) {
-    const std::size_t start = skip(static_cast<std::size_t>(next), ClassSpace);
+    const std::size_t start = x_SkipSpace(text_, static_cast<std::size_t>(next));
     if (start == text_.size() || text_[start] == '<') {
         return x_EndNode(node, NodeWhitespace, start);
     }
@@ -176,13 +162,17 @@ int TokenPos::x_ParseRun(NodePos& node) {
 int TokenPos::x_ParseTag(NodePos& node, int type) {
     const bool isStart = type == NodeElement;
     const std::size_t name = static_cast<std::size_t>(node.start) + (isStart ? 1 : 2);
+    std::size_t pos = x_SkipName(text_, name, ClassAttrName);
+    if (pos < text_.size() && text_[pos] == '>') {
+        x_SetToken(name, pos);
+        return x_EndNode(node, type, pos + 1);
+    }
     // The name that pairs tags may run on behind the first token: "<a=1>" is called "a=1".
-    std::size_t pos = skipTo(name, ClassAttrName);
-    x_SetToken(name, skipTo(pos, ClassTagName));
+    x_SetToken(name, x_SkipName(text_, pos, ClassTagName));
     bool afterEqual = false;
     std::size_t unquotedValueEnd = npos;
     while (true) {
-        pos = skip(pos, ClassSpace);
+        pos = x_SkipSpace(text_, pos);
         if (pos == text_.size()) {
             return x_Unterminated(node, isStart ? "start_tag" : "end_tag");
         }
@@ -198,13 +188,12 @@ int TokenPos::x_ParseTag(NodePos& node, int type) {
             pos = close + 1;
             afterEqual = false;
         } else if (afterEqual) {
-            pos = skipTo(pos, ClassAttrValue);
+            pos = x_SkipName(text_, pos, ClassAttrValue);
             unquotedValueEnd = pos;
             afterEqual = false;
         } else {
             afterEqual = c == '=';
-            const std::size_t end = skipTo(pos, ClassAttrName);
-            pos = end == pos ? pos + 1 : end;
+            pos = x_IsClass(c, ClassAttrName) ? pos + 1 : x_SkipName(text_, pos, ClassAttrName);
         }
     }
     if (isStart && text_[pos - 1] == '/') {

@@ -63,8 +63,6 @@ class TokenPos {
   private:
     /// `next`, or the end of the text when it lies outside.
     std::size_t position() const;
-    std::size_t skip(std::size_t pos, unsigned classes) const;
-    std::size_t skipTo(std::size_t pos, unsigned classes) const;
     bool x_NextAttribToken(bool afterEqual);
     void x_SetToken(std::size_t first, std::size_t end);
     void x_SetEmptyToken() {

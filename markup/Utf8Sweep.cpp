@@ -1,16 +1,30 @@
 #include "markup/Utf8Sweep.h"
 
-#include <cstdint>
+#ifdef __x86_64__
+#include <emmintrin.h>
+#endif
+
+#include <algorithm>
 
 namespace {
 
 using Byte = unsigned char;
 
-/// Bytes looked at in one step: enough for the compiler to use vector registers.
 constexpr std::size_t blockSize = 64;
 
 /// True when all bytes of the block are ASCII and none is NUL.
 bool isPlainAscii(const Byte* block) {
+#ifdef __x86_64__
+    __m128i all = _mm_setzero_si128();
+    __m128i least = _mm_set1_epi8(-1);
+    for (std::size_t i = 0; i < blockSize; i += sizeof(__m128i)) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(block + i));
+        all = _mm_or_si128(all, bytes);
+        least = _mm_min_epu8(least, bytes);
+    }
+    const __m128i isNul = _mm_cmpeq_epi8(least, _mm_setzero_si128());
+    return _mm_movemask_epi8(_mm_or_si128(all, isNul)) == 0;
+#else
     // Kept in bytes, so that the compiler can take many at once.
     Byte high = 0;
     Byte nul = 0;
@@ -19,6 +33,7 @@ bool isPlainAscii(const Byte* block) {
         nul = static_cast<Byte>(nul | (block[i] == 0 ? 1 : 0));
     }
     return (high & 0x80) == 0 && nul == 0;
+#endif
 }
 
 constexpr bool isWithin(Byte byte, Byte first, Byte last) {
@@ -55,26 +70,23 @@ std::size_t sequenceLength(const Byte* text, std::size_t left) {
 
 }  // namespace
 
-bool x_IsPlainUtf8(std::string_view text) {
-    const auto* next = reinterpret_cast<const Byte*>(text.data());
-    std::size_t left = text.size();
-    while (left > 0) {
-        if (left >= blockSize && isPlainAscii(next)) {
-            next += blockSize;
-            left -= blockSize;
+std::size_t x_PlainUtf8Length(std::string_view text) {
+    const auto* const bytes = reinterpret_cast<const Byte*>(text.data());
+    std::size_t passed = 0;
+    while (passed < text.size()) {
+        if (text.size() - passed >= blockSize && isPlainAscii(bytes + passed)) {
+            passed += blockSize;
             continue;
         }
         // Past the block that is not plain, byte by byte; then in blocks again.
-        std::size_t passed = 0;
-        while (passed < blockSize && passed < left) {
-            const std::size_t length = sequenceLength(next + passed, left - passed);
+        const std::size_t blockEnd = std::min(passed + blockSize, text.size());
+        while (passed < blockEnd) {
+            const std::size_t length = sequenceLength(bytes + passed, text.size() - passed);
             if (length == 0) {
-                return false;
+                return passed;
             }
             passed += length;
         }
-        next += passed;
-        left -= passed;
     }
-    return true;
+    return passed;
 }
