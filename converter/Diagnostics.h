@@ -1,9 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <concepts>
-#include <cstring>
+#include <cstddef>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -20,7 +21,7 @@ class Diagnostics {
     template <class... Parts>
     void say(const Parts&... parts) {
         used_ = 0;
-        longMessage_.clear();
+        longStart_.clear();
         (add(parts), ...);
         write();
     }
@@ -28,13 +29,10 @@ class Diagnostics {
   private:
     void add(std::string_view text) {
         if (text.size() > message_.size() - used_) {
-            spill();
-        }
-        if (text.size() > message_.size()) {
-            longMessage_ += text;
+            addLong(text);
             return;
         }
-        std::memcpy(message_.data() + used_, text.data(), text.size());
+        std::copy(text.begin(), text.end(), message_.begin() + static_cast<std::ptrdiff_t>(used_));
         used_ += text.size();
     }
     template <std::integral Number>
@@ -43,15 +41,11 @@ class Diagnostics {
         char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
         add(std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data())));
     }
-    /// Moves what has been put together to the long message.
-    void spill() {
-        longMessage_.append(message_.data(), used_);
-        used_ = 0;
-    }
+    void addLong(std::string_view text);
     void write();
 
     int descriptor_;
     std::size_t used_ = 0;
     std::array<char, 256> message_;
-    std::string longMessage_;  ///< the start of one that is longer than usual
+    std::string longStart_;  ///< the start of a message that is longer than usual
 };

@@ -34,8 +34,9 @@ double anyNumber(const char* piece, const char* end) {
                : strtodOf(piece, end);
 }
 
-#ifdef __x86_64__
 constexpr std::ptrdiff_t blockSize = 64;
+
+#ifdef __x86_64__
 
 /// The spaces among the bytes of a block, the first byte's bit lowest.
 std::uint64_t spacesIn(const char* block) {
@@ -52,36 +53,44 @@ std::uint64_t spacesIn(const char* block) {
 
 std::size_t VectorReader::read(Batch& batch) {
     std::size_t count = 0;
-    const char* piece = piece_;
+    while (piece_ != end_ && count + blockSize <= batch.size()) {
+        count = readBlocks(batch, count);
+        if (piece_ != end_ && count < batch.size()) {
+            const char* const end = std::find(piece_, end_, ' ');
+            batch[count++] = anyNumber(piece_, end);
+            piece_ = end == end_ ? end_ : end + 1;
+        }
+    }
+    return count;
+}
+
+/// Reads the numbers that follow in whole blocks behind the first `count` of the batch, as long as
+/// there is room for a block's and memory around it that may be looked at; returns the new count.
+std::size_t VectorReader::readBlocks(Batch& batch, std::size_t count) {
 #ifdef __x86_64__
-    // The spaces of a block are sought before its numbers are read, so that no number has to wait
-    // for the end of the one before it.
-    for (; end_ - block_ >= blockSize && count + blockSize <= batch.size(); block_ += blockSize) {
-        const bool hasMargins = block_ - readable_ >= decimal::usualMargin &&
-                                readableEnd_ - block_ >= blockSize + decimal::usualMargin;
-        for (std::uint64_t spaces = spacesIn(block_); spaces != 0; spaces &= spaces - 1) {
-            const char* const end = block_ + std::countr_zero(spaces);
+    const char* piece = piece_;
+    const char* block = piece;
+    while (block < end_ && count + blockSize <= batch.size() &&
+           block - readable_ >= decimal::usualMargin &&
+           readableEnd_ - block >= blockSize + decimal::usualMargin) {
+        // The spaces of a block are sought before its numbers are read, so that no number has to
+        // wait for the end of the one before it. The end of the text counts as one.
+        std::uint64_t spaces = spacesIn(block);
+        if (end_ - block < blockSize) {
+            const std::uint64_t last = std::uint64_t{1} << (end_ - block);
+            spaces = (spaces & (last - 1)) | (end_[-1] != ' ' ? last : 0);
+        }
+        for (; spaces != 0; spaces &= spaces - 1) {
+            const char* const end = block + std::countr_zero(spaces);
             double& value = batch[count++];
-            if (!hasMargins || !decimal::readUsual(piece, end, value)) {
+            if (!decimal::readUsual(piece, end, value)) {
                 value = anyNumber(piece, end);
             }
             piece = end + 1;
         }
+        block += blockSize;
     }
-    const bool isNearEnd = end_ - block_ < blockSize;
-#else
-    const bool isNearEnd = true;
+    piece_ = std::min(piece, end_);
 #endif
-    while (isNearEnd && piece != end_ && count < batch.size()) {
-        const char* const end = std::find(piece, end_, ' ');
-        double& value = batch[count++];
-        const bool hasMargins =
-            end - readable_ >= decimal::usualMargin && readableEnd_ - piece >= decimal::usualMargin;
-        if (!hasMargins || !decimal::readUsual(piece, end, value)) {
-            value = anyNumber(piece, end);
-        }
-        piece = end == end_ ? end_ : end + 1;
-    }
-    piece_ = piece;
     return count;
 }

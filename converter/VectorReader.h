@@ -20,16 +20,16 @@ class VectorReader {
         : readable_(around.data()),
           readableEnd_(around.data() + around.size()),
           piece_(text.data()),
-          block_(text.data()),
           end_(text.data() + text.size()) {}
 
     /// Reads the next numbers into `batch` and returns how many; 0 at the end.
     std::size_t read(Batch& batch);
 
   private:
+    std::size_t readBlocks(Batch& batch, std::size_t count);
+
     const char* readable_;
     const char* readableEnd_;
     const char* piece_;  ///< start of the next piece
-    const char* block_;  ///< up to where spaces have been sought
     const char* end_;
 };

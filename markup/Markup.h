@@ -222,6 +222,7 @@ class MarkupDocument {
     bool x_IsEndTagOf(int parent, const NodePos& node) const;
     std::string_view x_Slice(int offset, int length) const;
     std::string_view x_TagNameAt(int pos) const;
+    bool x_IsCalled(int pos, const PathPos& path) const;
     std::string x_GetNodeData() const;
     std::string_view x_GetContent(std::string_view content, std::string& storage) const;
     TokenPos x_StartTagToken(int pos) const;

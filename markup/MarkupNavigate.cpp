@@ -29,12 +29,26 @@ int MarkupDocument::x_FindElem(int parent, int from, const PathPos& path) const 
     if (path.type == PathAny) {
         return pos;
     }
-    const std::string_view name = path.firstName();
     const bool ignoreCase = hasFlag(DocFlagIgnoreCase);
-    while (pos != 0 && !x_NamesEqual(x_TagNameAt(pos), name, ignoreCase)) {
+    while (pos != 0 && !(ignoreCase ? x_NamesEqual(x_TagNameAt(pos), path.firstName(), true)
+                                    : x_IsCalled(pos, path))) {
         pos = tree_[pos].next;
     }
     return pos;
+}
+
+/// Whether the tag of record `pos` has the first name of the path, byte by byte: without looking
+/// for the end of the tag's name first.
+bool MarkupDocument::x_IsCalled(int pos, const PathPos& path) const {
+    const std::string_view text = docText_.view();
+    const std::string_view name = path.firstName();
+    const std::size_t first = static_cast<std::size_t>(tree_[pos].start) + 1;
+    // A record fresh from x_GetFreePos lies nowhere in the text.
+    if (first > text.size() || !path.mayNameTag() || !text.substr(first).starts_with(name)) {
+        return false;
+    }
+    const std::size_t end = first + name.size();
+    return end == text.size() || x_IsClass(text[end], ClassName);
 }
 
 bool MarkupDocument::FindChildElem(TextArg name) {

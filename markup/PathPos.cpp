@@ -1,5 +1,7 @@
 #include "markup/PathPos.h"
 
+#include <algorithm>
+
 #include "markup/CharClass.h"
 
 namespace {
@@ -35,6 +37,8 @@ bool PathPos::ParsePath() {
     }
     offset = nameStart;
     firstName_ = text_.substr(nameStart, nameEnd(text_, nameStart) - nameStart);
+    mayNameTag_ = std::none_of(firstName_.begin(), firstName_.end(),
+                               [](char c) { return x_IsClass(c, ClassName); });
     return true;
 }
 

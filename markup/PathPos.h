@@ -38,6 +38,10 @@ class PathPos {
     /// The first name of the path, empty unless the path is valid and has one.
     std::string_view firstName() const { return firstName_; }
 
+    /// Whether every byte of the first name belongs to names of elements too, so that a tag may be
+    /// called by it.
+    bool mayNameTag() const { return mayNameTag_; }
+
     /// Reads a value, quoted or bare up to "]", at the scan offset and moves behind it. Returns
     /// false when a quote is not closed or a bare value is empty.
     bool GetValAndInc(std::string_view& value);
@@ -55,4 +59,5 @@ class PathPos {
 
     std::string_view text_;
     std::string_view firstName_;
+    bool mayNameTag_ = false;
 };
