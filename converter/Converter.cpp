@@ -4,7 +4,6 @@
 
 #include "base/FileUtils.h"
 #include "converter/ElementText.h"
-#include "converter/HeapTuning.h"
 #include "converter/TdiConfiguration.h"
 
 int Converter::run(int fileCount, const char* const* paths) {
@@ -22,10 +21,6 @@ int Converter::run(int fileCount, const char* const* paths) {
 bool Converter::convertFile(int fileCount, const char* path) {
     MarkupDocument document;
     header_.init(path, fileCount, document, fileType_);
-    constexpr std::size_t largeText = std::size_t{1} << 20;
-    if (document.GetDoc().size() >= largeText) {
-        heap::useHugePage();
-    }
     document.FindElem("DATA");
     document.IntoElem();
     const auto bandId = static_cast<std::uint8_t>(toInteger(findElementText(document, "BAND_ID")));

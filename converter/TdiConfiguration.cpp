@@ -4,6 +4,7 @@
 #include <string>
 
 #include "converter/ElementText.h"
+#include "converter/HeapTuning.h"
 
 namespace {
 
@@ -13,6 +14,10 @@ const PathPos pixelNumber = PathPos::parsed("NB_OF_PIXELS");
 const PathPos equalization = PathPos::parsed("ON_BOARD_EQUALIZATION");
 const PathPos applicabilityDate = PathPos::parsed("APPLICABILITY_DATE");
 const PathPos anyElement = PathPos::parsed(nullptr);
+
+// A text and a list of values from here on: together they will fill a good part of a huge page.
+constexpr std::size_t largeText = std::size_t{1} << 20;
+constexpr int manyPixels = 1024;
 
 }  // namespace
 
@@ -44,6 +49,9 @@ bool TdiConfiguration::readDetector(std::uint8_t bandId) {
     }
     const Detector detector{id, static_cast<std::int16_t>(pixelCount)};
     maxPixels_ = std::max(maxPixels_, detector.pixels);
+    if (document_.GetDoc().size() >= largeText && detector.pixels >= manyPixels) {
+        heap::useHugePage();
+    }
     document_.FindElem(equalization);
     document_.IntoElem();
     document_.FindElem(applicabilityDate);
