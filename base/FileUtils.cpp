@@ -36,7 +36,7 @@ struct Level {
     ino_t inode = 0;
 };
 
-// Fills `level` with the sorted names of its directory that match; false if it cannot be opened.
+// Fills `level` with the sorted names of its directory that match; false if it cannot be read.
 bool readLevel(Level& level, const char* pattern) {
     const auto close = [](DIR* open) { closedir(open); };
     errno = 0;
@@ -54,8 +54,9 @@ bool readLevel(Level& level, const char* pattern) {
             level.names.emplace_back(entry->d_name);
         }
     }
+    const bool isWhole = errno == 0;
     std::sort(level.names.begin(), level.names.end());
-    return true;
+    return isWhole;
 }
 
 bool isOnPath(const std::vector<Level>& path, const struct stat& status) {

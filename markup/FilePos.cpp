@@ -60,6 +60,18 @@ bool isUtf8Name(std::string_view encoding) {
     return encoding == "UTF-8" || encoding == "utf-8";
 }
 
+/// Reads `size` bytes, going on where a signal has interrupted it; fewer at the end of the file or,
+/// with errno set, when reading fails.
+std::size_t readBytes(std::FILE* file, char* buffer, std::size_t size) {
+    errno = 0;
+    std::size_t got = std::fread(buffer, 1, size, file);
+    while (got < size && std::ferror(file) != 0 && errno == EINTR) {
+        std::clearerr(file);
+        got += std::fread(buffer + got, 1, size - got, file);
+    }
+    return got;
+}
+
 /// The encoding to convert from. A byte file that claims to be UTF-16 or UTF-32 is neither: the
 /// claim could be read as bytes.
 std::string_view sourceEncoding(std::string_view declared) {
@@ -145,8 +157,7 @@ bool FilePos::x_FindEncoding() {
     std::array<char, probeLength> probe;
     const auto length =
         static_cast<std::size_t>(std::min<std::int64_t>(fileByteLength, probeLength));
-    errno = 0;
-    if (std::fread(probe.data(), length, 1, file_.get()) != 1) {
+    if (readBytes(file_.get(), probe.data(), length) != length) {
         return false;
     }
     const std::string_view bytes(probe.data(), length);
@@ -217,9 +228,8 @@ bool FilePos::FileRead(void* buffer) {
         opTextLength = 0;
         return FileErrorAddResult(EBADF);
     }
-    errno = 0;
-    if (!x_CountRead(buffer,
-                     std::fread(buffer, 1, static_cast<std::size_t>(opByteLength), file_.get()))) {
+    const auto wanted = static_cast<std::size_t>(opByteLength);
+    if (!x_CountRead(buffer, readBytes(file_.get(), static_cast<char*>(buffer), wanted))) {
         return false;
     }
     x_RemoveNulls(buffer);
@@ -305,7 +315,7 @@ bool FilePos::x_ReadUtf8(TextBuffer& text) {
     std::size_t plain = 0;
     errno = file_ ? 0 : EBADF;
     for (std::size_t last = 1; file_ && got < wanted && last != 0; got += last) {
-        last = std::fread(data + got, 1, std::min(pieceSize, wanted - got), file_.get());
+        last = readBytes(file_.get(), data + got, std::min(pieceSize, wanted - got));
         // What is left of the piece before may be a sequence that was cut off, and no more.
         if (got - plain < longestSequence) {
             plain += x_PlainUtf8Length({data + plain, got + last - plain});
@@ -320,9 +330,6 @@ bool FilePos::x_ReadUtf8(TextBuffer& text) {
         x_AddResult(ioResult, "converted_to", "UTF-8", RESULT_ENCODING | RESULT_LENGTH,
                     opTextLength);
         return isRead;
-    }
-    if (!TextEncoding::CanConvert("UTF-8", encoding)) {
-        return isRead;  // out of memory for a converter: better as it is than not at all
     }
     TextBuffer converted;
     isRead = x_ConvertToUtf8(converted, "UTF-8", text.view().data(), opTextLength) && isRead;
@@ -372,7 +379,10 @@ bool FilePos::x_ConvertToUtf8(TextBuffer& text, TextArg from, const void* source
     if (conversion.isTooLong()) {
         return FileErrorAddResult(EFBIG);
     }
-    length = conversion.PerformConversion(text.reset(static_cast<std::size_t>(length)), nullptr);
+    text.reset(static_cast<std::size_t>(length));
+    if (length != 0) {  // else it would be measured anew
+        length = conversion.PerformConversion(text.data(), nullptr);
+    }
     text.truncate(static_cast<std::size_t>(length));
     x_AddResult(ioResult, "converted_to", "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
     if (conversion.failedCharacters() != 0) {

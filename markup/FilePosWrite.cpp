@@ -111,15 +111,11 @@ bool FilePos::x_WriteConverted(const char* text, int length) {
     if (conversion.isTooLong() || bytes > INT_MAX) {
         return FileErrorAddResult(EFBIG);
     }
-    if (bytes == 0 && !TextEncoding::CanConvert(encoding, "UTF-8")) {
-        // No converter could be had after all: nothing must not pass for the text.
-        opTextLength = length;
-        return FileWrite(nullptr, text);
-    }
     const auto buffer = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(bytes));
     // Less than was measured where a stateful converter shifts otherwise when it starts a new
-    // piece.
-    opTextLength = conversion.PerformConversion(buffer.get(), nullptr) * unitSizeOf(encoding);
+    // piece. Into nothing nothing is converted: it would be measured anew.
+    opTextLength =
+        bytes == 0 ? 0 : conversion.PerformConversion(buffer.get(), nullptr) * unitSizeOf(encoding);
     x_AddResult(ioResult, "converted_from", "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
     if (conversion.failedCharacters() != 0) {
         x_AddResult(ioResult, "conversion_loss");

@@ -9,6 +9,8 @@
 #include "markup/UnicodeCodec.h"
 
 MarkupDocument::MarkupDocument() {
+    // So that there is always room to tell that memory ran out.
+    resultText_.reserve(outOfMemoryResult.size());
     x_InitMarkup();
     SetDoc(nullptr);
 }

@@ -10,13 +10,16 @@
 
 namespace {
 
-/// Adds the "file_error" of a failed allocation, if there is memory for that.
+/// Adds the result of a failed allocation; in the place of the others where there is no memory for
+/// more than a document's log has had from the start.
 void addOutOfMemory(std::string& results) noexcept {
     try {
-        FilePos failed(0);
-        failed.FileErrorAddResult(ENOMEM);
-        results += failed.ioResult;
+        results.reserve(results.size() + outOfMemoryResult.size());
     } catch (const std::bad_alloc&) {
+        results.clear();
+    }
+    if (results.capacity() - results.size() >= outOfMemoryResult.size()) {
+        results += outOfMemoryResult;
     }
 }
 

@@ -163,11 +163,13 @@ void x_AddResult(std::string& log, TextArg name, TextArg value, int resultCode, 
         amendRecord(log, name, attributes);
         return;
     }
-    log.append("<").append(name.view());
+    // Added as a whole: half a record, left where memory runs out, would swallow the next one.
+    std::string record("<");
+    record.append(name.view());
     for (const Attributes::Attribute& attribute : attributes) {
-        log += writeAttribute(attribute);
+        record += writeAttribute(attribute);
     }
-    log += "/>";
+    log += record.append("/>");
 }
 
 std::string x_RenderResults(const std::string& log) {

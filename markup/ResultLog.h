@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "markup/TextArg.h"
 
@@ -19,6 +20,10 @@ enum ResultCode : int {
 /// A result log takes records only while it is shorter than this, in bytes; the record that
 /// crosses the limit is still written whole.
 inline constexpr std::size_t resultLogLimit = 1000;
+
+/// The record of a failed allocation, whole, since there may be no memory to make it.
+inline constexpr std::string_view outOfMemoryResult =
+    "<file_error msg=\"Cannot allocate memory\" n=\"12\"/>";
 
 /// Appends to `log` the record `<name .../>`, or amends the first record of that name, with the
 /// attributes that `resultCode` chooses. A null `value` gives no text attribute. A `number` of -1

@@ -1,23 +1,40 @@
 #include "markup/TextBuffer.h"
 
 #include <cstring>
+#include <mutex>
 
 namespace {
 
 /// A mapped block that its text no longer needs. One is kept for the next text: files come one
-/// after another, and fresh pages would have to be cleared for each.
-thread_local MemoryBlock spare;
+/// after another, and fresh pages would have to be cleared for each. All threads share it: a
+/// destructor for each would have to be registered, and the C library ends a process that has no
+/// memory for that. It is never destroyed: texts may outlive it.
+union Spare {
+    MemoryBlock block;
+    constexpr Spare() : block() {}
+    ~Spare() {}
+};
+constinit Spare spare;
+std::mutex spareAccess;
 constexpr std::size_t mostKept = std::size_t{1} << 26;
+
+/// Puts `block` in the place of the spare one and returns that.
+MemoryBlock exchangeSpare(MemoryBlock block) {
+    const std::lock_guard lock(spareAccess);
+    return std::exchange(spare.block, std::move(block));
+}
 
 }  // namespace
 
 char* TextBuffer::reset(std::size_t size) {
     if (size > block_.size()) {
         clear();
+        block_ = exchangeSpare({});
         // Neither too small nor so large that another text would keep much memory for nothing.
-        const bool spareFits = size <= spare.size() && size >= spare.size() / 4;
-        MemoryBlock kept = std::move(spare);
-        block_ = spareFits ? std::move(kept) : MemoryBlock(size, MemoryBlock::HugePages);
+        if (size > block_.size() || size < block_.size() / 4) {
+            block_ = {};  // given back first: there may not be memory for both
+            block_ = MemoryBlock(size, MemoryBlock::HugePages);
+        }
     }
     size_ = size;
     return block_.data();
@@ -34,6 +51,6 @@ void TextBuffer::clear() noexcept {
     size_ = 0;
     MemoryBlock given = std::move(block_);
     if (given.isMapped() && given.size() <= mostKept) {
-        spare = std::move(given);
+        exchangeSpare(std::move(given));
     }
 }

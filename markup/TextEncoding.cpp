@@ -1,13 +1,16 @@
 #include "markup/TextEncoding.h"
 
 #include <iconv.h>
+#include <sys/mman.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -44,11 +47,35 @@ class PreparedName {
     bool orderAdded_ = false;
 };
 
-// Owns an open converter.
+// Throws std::bad_alloc when there is no room for what the largest converter takes to be loaded.
+void requireRoomForConverter() {
+    constexpr std::size_t room = std::size_t{1} << 20;
+    void* const area = ::mmap(nullptr, room, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (area == MAP_FAILED) {
+        throw std::bad_alloc();
+    }
+    ::munmap(area, room);
+}
+
+// Owns an open converter, or none when there is none of these names. Throws std::bad_alloc when
+// memory does not suffice to open it: a text must not pass for one of an unknown encoding then.
 class IConvHandle {
   public:
-    IConvHandle(const PreparedName& to, const PreparedName& from)
-        : handle_(to.usable() && from.usable() ? ::iconv_open(to.text(), from.text()) : closed()) {}
+    IConvHandle(const PreparedName& to, const PreparedName& from) {
+        if (!to.usable() || !from.usable()) {
+            return;
+        }
+        handle_ = ::iconv_open(to.text(), from.text());
+        if (!isOpen() && errno == EINVAL) {
+            // Said of unknown names, but also when memory ran out while a converter was being
+            // loaded. Only a second attempt tells them apart.
+            requireRoomForConverter();
+            handle_ = ::iconv_open(to.text(), from.text());
+        }
+        if (!isOpen() && errno == ENOMEM) {
+            throw std::bad_alloc();
+        }
+    }
     ~IConvHandle() {
         if (isOpen()) {
             ::iconv_close(handle_);
@@ -64,7 +91,7 @@ class IConvHandle {
     // NOLINTNEXTLINE(performance-no-int-to-ptr): this is how iconv_open says that it failed
     static iconv_t closed() { return reinterpret_cast<iconv_t>(-1); }
 
-    iconv_t handle_;
+    iconv_t handle_ = closed();
 };
 
 // Swaps the two bytes of every whole 16-bit unit.

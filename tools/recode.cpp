@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -132,6 +133,20 @@ bool saveAs(const MarkupDocument& document, const char* path, std::string encodi
     return report(x_RenderResults(results), isSaved);
 }
 
+/// Loads `in` and saves it as `out`, in `encoding` unless that is null.
+bool recode(const char* in, const char* out, const char* encoding) {
+    MarkupDocument document;
+    document.Load(in);
+    if (!report(document.GetError(), !failedToRead(document))) {
+        return false;
+    }
+    if (encoding != nullptr) {
+        return saveAs(document, out, encoding);
+    }
+    const bool isSaved = document.Save(out);
+    return report(document.GetError(), isSaved);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -142,14 +157,10 @@ int main(int argc, char** argv) {
     // A closed pipe and a file that grows too large are to be reported as failed writes.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
-    MarkupDocument document;
-    document.Load(argv[1]);
-    if (!report(document.GetError(), !failedToRead(document))) {
+    try {
+        return recode(argv[1], argv[2], argc == 4 ? argv[3] : nullptr) ? 0 : 1;
+    } catch (const std::bad_alloc&) {
+        std::fputs("recode: out of memory\n", stderr);
         return 1;
     }
-    if (argc == 4) {
-        return saveAs(document, argv[2], argv[3]) ? 0 : 1;
-    }
-    const bool isSaved = document.Save(argv[2]);
-    return report(document.GetError(), isSaved) ? 0 : 1;
 }

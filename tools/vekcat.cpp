@@ -76,6 +76,17 @@ bool complain(const char* argument, const char* text) {
     return false;
 }
 
+/// Leaves the text out where there is no memory for a copy of it.
+bool complain(const vek::Exception& error) {
+    vek::String text;
+    try {
+        text = error.msg();
+    } catch (const std::bad_alloc&) {
+    }
+    std::fprintf(stderr, "vekcat: %s: %s: %s\n", error.family(), error.title(), text.c_str());
+    return false;
+}
+
 /// Writes the stream that an argument names; false, with a message, when it fails.
 bool writeStream(const char* argument) {
     try {
@@ -85,9 +96,7 @@ bool writeStream(const char* argument) {
         }
         return copy(*stream) || complain(argument, "read error");
     } catch (const vek::Exception& error) {
-        std::fprintf(stderr, "vekcat: %s: %s: %s\n", error.family(), error.title(),
-                     error.msg().c_str());
-        return false;
+        return complain(error);
     } catch (const std::bad_alloc&) {
         return complain(argument, "out of memory");
     }
@@ -96,7 +105,9 @@ bool writeStream(const char* argument) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // A closed pipe and a file that grows too large are to be reported as failed writes.
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     bool isComplete = true;
     for (int i = 1; i < argc; ++i) {
         isComplete = writeStream(argv[i]) && isComplete;
