@@ -25,6 +25,7 @@
 #include "base/InputServer.h"
 #include "base/InputStreamStl.h"
 #include "tests/Script.h"
+#include "tests/base/StreamComparison.h"
 
 namespace {
 
@@ -185,138 +186,10 @@ TEST(InputStreamScript, RegistersDriversInAProcessOfItsOwn) {
         testing::ExitedWithCode(0), "");
 }
 
-enum Kind { basic, stl, memory, window, chain };
-
-/// Random operations on a stream and on the plain bytes that it must give. Texts in memory refuse
-/// seeks beyond the end; windows only move their position; chains take offsets from the end as
-/// absolute.
-class Comparison {
-  public:
-    Comparison(InputStream& stream, Kind kind, long back, const std::vector<std::string>& members,
-               unsigned seed)
-        : stream_(stream), kind_(kind), back_(back), random_(seed) {
-        for (const std::string& member : members) {
-            gaps_[size()] = gaps_[size()] || member.empty();
-            data_ += member;
-        }
-    }
-    void step(int i) {
-        using Operation = void (Comparison::*)();
-        constexpr std::array<Operation, 6> operations{&Comparison::peek,    &Comparison::read,
-                                                      &Comparison::getline, &Comparison::swap,
-                                                      &Comparison::seek,    &Comparison::seek};
-        (this->*operations[index(i == 0 ? 0 : pick(0, 5))])();
-        EXPECT_EQ(stream_.offset(), position_);
-        EXPECT_EQ(stream_.size(), back_ < 0 ? size() : 0);
-        if (stream_.eof() || stream_.fail()) {
-            stream_.seek(position_);  // standard streams read no more until that
-        }
-    }
-    bool isOver() const { return back_ < 0 || left() == 0; }
-
-  private:
-    static std::size_t index(long value) { return static_cast<std::size_t>(value); }
-    long size() const { return static_cast<long>(data_.size()); }
-    long left() const { return std::max(size() - position_, 0L); }
-    bool isStl() const { return kind_ == stl || kind_ == memory; }
-    long pick(long low, long high) { return std::uniform_int_distribution(low, high)(random_); }
-    long pickCount() {
-        return pick(1, std::array{3L, 40L, 40L, 5000L, size() + 9}[index(pick(0, 4))]);
-    }
-    std::string take(long length) {
-        const std::string bytes = data_.substr(index(std::min(position_, size())), index(length));
-        position_ += static_cast<long>(bytes.size());
-        high_ = std::max(high_, position_);
-        return bytes;
-    }
-    void read() {
-        const std::size_t count = index(pickCount());
-        std::string bytes(count + 1, '#');
-        const std::size_t result = stream_.bufread(bytes.data(), count, 100);
-        const std::string wanted = take(static_cast<long>(count));
-        EXPECT_TRUE(bytes.starts_with(wanted) && bytes.back() == '#');
-        EXPECT_EQ(result, isStl()          ? count
-                          : kind_ == basic ? index(position_)
-                                           : wanted.size() + 100);
-        // In a chain the flags are those of a member, which may have ended.
-        const bool isShort = wanted.size() < count;
-        EXPECT_TRUE((stream_.eof() || stream_.fail()) == isShort || (kind_ == chain && !isShort));
-    }
-    void peek() {
-        const int wanted = left() == 0 ? -1 : static_cast<unsigned char>(data_[index(position_)]);
-        const int byte = stream_.peek();
-        const bool isGap = kind_ == chain && gaps_[position_];
-        EXPECT_TRUE(byte == wanted || (isGap && byte == -1)) << byte << " is not " << wanted;
-    }
-    void seek() {
-        const long choice = pick(0, 5);
-        auto dir = choice < 2 ? std::ios::beg : choice < 4 ? std::ios::cur : std::ios::end;
-        long offset = choice % 2 == 0 ? pick(-3000, 3000) : pick(-size() - 3, size() + 3);
-        if (back_ >= 0) {
-            const long low = std::max(high_ - back_, 0L) - position_;
-            dir = std::ios::cur;
-            offset = pick(std::min(low, 0L), std::min(left(), 3000L));
-        }
-        stream_.seek(offset, dir);
-        move(offset, dir);
-    }
-    void move(long offset, std::ios::seekdir dir) {
-        const bool isEnd = dir == std::ios::end;
-        const long end = kind_ == chain ? 0 : size();
-        const long target = offset + (isEnd ? end : dir == std::ios::cur ? position_ : 0);
-        const bool isRefused = target < 0 || (kind_ == window && isEnd) ||
-                               (kind_ == memory && target > size()) || (kind_ == stl && back_ >= 0);
-        position_ = kind_ == chain ? std::max(target, 0L) : isRefused ? position_ : target;
-        high_ = std::max(high_, position_);
-    }
-    void getline() {
-        const long room = pickCount();
-        const char delimiter = static_cast<char>(pick(0, 1) != 0 ? 0xFF : pick(0, 255));
-        std::string bytes(index(room + 1), '#');
-        stream_.getline(bytes.data(), index(room), delimiter);
-        EXPECT_EQ(bytes.back(), '#');
-        if (kind_ == basic || kind_ == chain) {
-            EXPECT_EQ(bytes[0], '#');
-            return;
-        }
-        const long start = position_;
-        // A standard stream looks for the delimiter behind a full line, too.
-        std::string wanted = take(kind_ == window ? room - 1 : room);
-        const std::size_t found = wanted.find(delimiter);
-        wanted = wanted.substr(0, std::min(found, index(room - 1)));
-        position_ = start + static_cast<long>(wanted.size()) + (found != std::string::npos ? 1 : 0);
-        EXPECT_TRUE(bytes.starts_with(wanted + '\0'));
-    }
-    void swap() {
-        const long inMemory = pick(1, 8), inFile = pick(1, 8), isSigned = pick(0, 1);
-        const bool isBig = stream_.byteOrder() == InputStream::BYTE_ORDER_BIG;
-        if (left() < inFile || (kind_ == stl && back_ >= 0 && inFile > inMemory)) {
-            return;
-        }
-        std::string field(index(inMemory), '%');
-        stream_.read_swap(field.data(), static_cast<unsigned short>(inMemory),
-                          static_cast<unsigned short>(inFile), isSigned != 0);
-        move(isBig ? std::max(inFile - inMemory, 0L) : 0, std::ios::cur);
-        std::string wanted = take(std::min(inMemory, inFile));
-        if (isBig) {
-            std::reverse(wanted.begin(), wanted.end());
-        }
-        wanted.resize(field.size(), isSigned != 0 && (wanted.back() & 0x80) != 0 ? '\xFF' : '%');
-        EXPECT_EQ(field, wanted);
-    }
-
-    InputStream& stream_;
-    Kind kind_;
-    long back_;  ///< how far a pipe can go back, -1 for what is no pipe
-    std::mt19937 random_;
-    std::string data_;
-    std::map<long, bool> gaps_;  ///< where empty members are, which have no byte to peek
-    long position_ = 0;
-    long high_ = 0;
-};
+using enum StreamComparison::Kind;
 
 struct Source {
-    Kind kind;
+    StreamComparison::Kind kind;
     long back;
     const char* name;
     const char* driver;
@@ -379,8 +252,13 @@ TEST_P(InputStreamOfSize, GivesTheBytesWhateverTheDriver) {
                                : InputServer::getInstance()->getFile(name, order, driver));
         const std::vector<std::string> members{first, "", "02c@", last, ""};
         const bool isFolder = name != nullptr && *name == 'd';
-        Comparison comparison(*world.stream, kind, back, isFolder ? members : std::vector{data},
-                              seed);
+        std::mt19937 random(seed);
+        const auto choose = [&](long low, long high) {
+            return std::uniform_int_distribution(low, high)(random);
+        };
+        const auto check = [](bool holds, const char* what) { EXPECT_TRUE(holds) << what; };
+        StreamComparison comparison(*world.stream, kind, back,
+                                    isFolder ? members : std::vector{data}, choose, check);
         interruptEvery(100);
         for (int i = 0; (i < 1000 || !comparison.isOver()) && !HasFailure(); ++i) {
             comparison.step(i);
