@@ -5,6 +5,16 @@
 #include "base/String.h"
 #include "converter/VectorReader.h"
 
+namespace {
+
+const auto nans = [] {
+    std::array<double, 1024> values;
+    values.fill(vek::String::nan);
+    return values;
+}();
+
+}  // namespace
+
 int CoefficientTable::kindOf(std::string_view elementName) {
     const auto found = std::find(kindNames.begin(), kindNames.end(), elementName);
     return found == kindNames.end() ? -1 : static_cast<int>(found - kindNames.begin());
@@ -35,7 +45,8 @@ void CoefficientTable::writeVectors(RecordWriter& record, std::int16_t pixels) {
         for (auto& detector : lists_) {
             Values& values = detector[kind];
             while (values.count() < pixels) {
-                values.append(vek::String::nan);
+                const long missing = pixels - values.count();
+                values.append(nans.data(), std::min(missing, static_cast<long>(nans.size())));
             }
             record.doubles(values.data(), static_cast<std::size_t>(pixels));
         }

@@ -284,23 +284,22 @@ bool FilePos::FileCheckRaggedEnd(void* buffer) {
 
 bool FilePos::x_ReadUtf16(TextBuffer& text, bool mayBeRagged) {
     const auto units = static_cast<std::size_t>(opByteLength) / 2 + 1;
-    const auto buffer = std::make_unique_for_overwrite<unsigned short[]>(units);
-    const bool isRead = FileRead(buffer.get());
+    MemoryBlock buffer(units * sizeof(unsigned short), MemoryBlock::HugePages);
+    const bool isRead = FileRead(buffer.data());
     if (mayBeRagged) {
-        FileCheckRaggedEnd(buffer.get());
+        FileCheckRaggedEnd(buffer.data());
     }
     // With flag 128 left over from an earlier file the unit is still a byte.
-    return x_ConvertToUtf8(text, "UTF-16", buffer.get(), opTextLength * charUnitSize / 2) && isRead;
+    return x_ConvertToUtf8(text, "UTF-16", buffer, opTextLength * charUnitSize / 2) && isRead;
 }
 
 bool FilePos::x_ReadConverted(TextBuffer& text, bool mayBeRagged) {
-    const auto buffer =
-        std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(opByteLength));
-    const bool isRead = FileRead(buffer.get());
+    MemoryBlock buffer(static_cast<std::size_t>(opByteLength), MemoryBlock::HugePages);
+    const bool isRead = FileRead(buffer.data());
     if (mayBeRagged) {
-        FileCheckRaggedEnd(buffer.get());
+        FileCheckRaggedEnd(buffer.data());
     }
-    return x_ConvertToUtf8(text, sourceEncoding(encoding), buffer.get(), opTextLength) && isRead;
+    return x_ConvertToUtf8(text, sourceEncoding(encoding), buffer, opTextLength) && isRead;
 }
 
 /// Reads UTF-8 in place. The rules ask for a conversion to UTF-8, but what a sweep proves valid
@@ -332,7 +331,7 @@ bool FilePos::x_ReadUtf8(TextBuffer& text) {
         return isRead;
     }
     TextBuffer converted;
-    isRead = x_ConvertToUtf8(converted, "UTF-8", text.view().data(), opTextLength) && isRead;
+    isRead = x_ConvertToUtf8(converted, "UTF-8", text.block(), opTextLength) && isRead;
     text = std::move(converted);
     return isRead;
 }
@@ -347,7 +346,7 @@ bool FilePos::x_ReadUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRa
     text.truncate(static_cast<std::size_t>(opTextLength));
     if (convertAgain) {
         TextBuffer converted;
-        isRead = x_ConvertToUtf8(converted, encoding, text.data(), opTextLength) && isRead;
+        isRead = x_ConvertToUtf8(converted, encoding, text.block(), opTextLength) && isRead;
         text = std::move(converted);
     }
     if (assumedUtf8) {
@@ -371,10 +370,12 @@ bool FilePos::x_DetectEncoding(const TextBuffer& text, bool mayBeRagged) {
     return !isUtf8 && nonAscii != 0;
 }
 
-/// Converts a text and adds what came of it to the log. False, with a "file_error", when the result
-/// would be too long for a document.
-bool FilePos::x_ConvertToUtf8(TextBuffer& text, TextArg from, const void* source, int units) {
-    TextEncoding conversion(from, source, units);
+/// Converts a text, which may be lost, and adds what came of it to the log. False, with a
+/// "file_error", when the result would be too long for a document.
+bool FilePos::x_ConvertToUtf8(TextBuffer& text, TextArg from, MemoryBlock& source, int units) {
+    TextEncoding conversion(from, source.data(), units);
+    // Both texts at once would take twice the memory.
+    conversion.ConsumeSource(source);
     int length = conversion.PerformConversion(nullptr, "UTF-8");
     if (conversion.isTooLong()) {
         return FileErrorAddResult(EFBIG);

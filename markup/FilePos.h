@@ -105,7 +105,7 @@ class FilePos {
     bool x_ReadUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRagged);
     bool x_DetectEncoding(const TextBuffer& text, bool mayBeRagged);
     bool x_ReadUtf8(TextBuffer& text);
-    bool x_ConvertToUtf8(TextBuffer& text, TextArg from, const void* source, int units);
+    bool x_ConvertToUtf8(TextBuffer& text, TextArg from, MemoryBlock& source, int units);
 
     std::unique_ptr<std::FILE, Closer> file_;
 };

@@ -27,6 +27,9 @@ IConvRun::IConvRun(iconv_t converter, std::span<const char> source, std::span<ch
 
 void IConvRun::run() {
     while (inputLeft_ > 0 && x_Step()) {
+        if (consumed_ != nullptr) {
+            consumed_->discard(input_);
+        }
     }
     // The end of the text may still need output: the rest of a UTF-7 group, a shift back to ASCII.
     if (error_ != E2BIG) {
@@ -36,7 +39,11 @@ void IConvRun::run() {
 
 // Converts up to the next fault, or a piece, and passes over it; false when the run is over.
 bool IConvRun::x_Step() {
-    const std::size_t piece = counting_ ? std::min(inputLeft_, units_.countingPiece) : inputLeft_;
+    constexpr std::size_t consumedPiece = std::size_t{1} << 22;
+    const std::size_t longest = counting_              ? units_.countingPiece
+                                : consumed_ != nullptr ? consumedPiece
+                                                       : SIZE_MAX;
+    const std::size_t piece = std::min(inputLeft_, longest);
     const bool moreToCome = piece < inputLeft_;
     const std::size_t bytesBefore = bytes_;
     std::size_t pieceLeft = piece;

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <span>
 
+#include "markup/MemoryBlock.h"
+
 /// One run of an open iconv converter over a buffer. What can't be converted becomes "?", one for
 /// each source unit skipped. Writes to a target buffer, never past its end, or only counts.
 class IConvRun {
@@ -29,6 +31,10 @@ class IConvRun {
     IConvRun(iconv_t converter, std::span<const char> source, std::span<char> target, Units units);
     IConvRun(const IConvRun&) = delete;
     IConvRun& operator=(const IConvRun&) = delete;
+
+    /// Lets the run give back the memory of what it has read of the source, which lies in `block`.
+    /// Call before `run`; the block must outlive it.
+    void consume(MemoryBlock& block) { consumed_ = &block; }
 
     /// Converts until the source ends, ends in the middle of a character, or the target is full.
     void run();
@@ -59,5 +65,6 @@ class IConvRun {
     int error_ = 0;          // errno of the last call, 0 for success
     std::size_t bytes_ = 0;  // produced in all
     std::size_t irreversible_ = 0;
+    MemoryBlock* consumed_ = nullptr;  // holds the source, null when that is to stay
     std::array<char, 2048> scratch_;
 };

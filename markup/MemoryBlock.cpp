@@ -72,3 +72,12 @@ MemoryBlock::~MemoryBlock() {
         std::free(data_);
     }
 }
+
+void MemoryBlock::discard(const char* end) {
+    // Huge pages are not broken up.
+    const std::size_t whole = static_cast<std::size_t>(end - data_) / hugePage * hugePage;
+    if (isMapped_ && whole > discarded_) {
+        static_cast<void>(::madvise(data_ + discarded_, whole - discarded_, MADV_DONTNEED));
+        discarded_ = whole;
+    }
+}

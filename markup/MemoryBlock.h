@@ -20,11 +20,13 @@ class MemoryBlock {
     MemoryBlock(MemoryBlock&& other) noexcept
         : data_(std::exchange(other.data_, nullptr)),
           size_(std::exchange(other.size_, 0)),
-          isMapped_(other.isMapped_) {}
+          isMapped_(other.isMapped_),
+          discarded_(other.discarded_) {}
     MemoryBlock& operator=(MemoryBlock&& other) noexcept {
         std::swap(data_, other.data_);
         std::swap(size_, other.size_);
         std::swap(isMapped_, other.isMapped_);
+        std::swap(discarded_, other.discarded_);
         return *this;
     }
     ~MemoryBlock();
@@ -32,6 +34,9 @@ class MemoryBlock {
     char* data() const { return data_; }
     /// Bytes that may be used, 0 for an empty block.
     std::size_t size() const { return size_; }
+    /// Gives memory before `end`, which lies in the block, back to the system where the block is
+    /// mapped: what was there is lost.
+    void discard(const char* end);
     /// True when the block is large enough to be mapped.
     bool isMapped() const { return isMapped_; }
 
@@ -39,4 +44,5 @@ class MemoryBlock {
     char* data_ = nullptr;
     std::size_t size_ = 0;
     bool isMapped_ = false;
+    std::size_t discarded_ = 0;  ///< bytes at the start that have been given back
 };

@@ -23,6 +23,9 @@ class TextBuffer {
     std::size_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
 
+    /// The block that the text lies in, from its first byte on.
+    MemoryBlock& block() { return block_; }
+
     /// Makes room for `size` bytes, whose content is not defined, and returns the first. What was
     /// there before is lost. Throws std::bad_alloc, leaving the buffer empty.
     char* reset(std::size_t size);

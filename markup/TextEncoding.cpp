@@ -181,13 +181,33 @@ int TextEncoding::x_FromUTF16(void* target, int toCodePage) {
     const auto* const source = x_Source<unsigned short>();
     switch (toCodePage) {
         case CodePageUtf8:
-            return x_Coded(UTF16To8(static_cast<char*>(target), source, sourceLength_));
+            return target != nullptr && consumed_ != nullptr
+                       ? x_ConsumeUTF16(static_cast<char*>(target))
+                       : x_Coded(UTF16To8(static_cast<char*>(target), source, sourceLength_));
         case CodePageUtf32:
             return x_Coded(x_Transcode(static_cast<wchar_t*>(target), source, sourceLength_,
                                        DecodeCharUTF16, putWide));
         default:
             return IConv(target, 1, 2);
     }
+}
+
+// Converts piece by piece, and gives back what has been read of the source. No piece ends with a
+// surrogate, of whichever half: the codec would join it with the next unit.
+int TextEncoding::x_ConsumeUTF16(char* target) {
+    constexpr int pieceLength = 1 << 21;
+    const auto* const source = x_Source<unsigned short>();
+    int count = 0;
+    for (int done = 0; done < sourceLength_;) {
+        int end = done + std::min(pieceLength, sourceLength_ - done);
+        while (end < sourceLength_ && (source[end - 1] & 0xF800) == 0xD800) {
+            ++end;
+        }
+        count += UTF16To8(target + count, source + done, end - done);
+        done = end;
+        consumed_->discard(reinterpret_cast<const char*>(source + done));
+    }
+    return count;
 }
 
 int TextEncoding::x_FromUTF32(void* target, int toCodePage) {
@@ -265,6 +285,9 @@ int TextEncoding::x_IConv(TextArg toEncoding, void* target, int room, int target
         static_cast<char*>(target),
         target == nullptr ? 0 : static_cast<std::size_t>(room) * units.target);
     IConvRun run(handle.get(), source, output, units);
+    if (consumed_ != nullptr && target != nullptr && swapped.empty()) {
+        run.consume(*consumed_);
+    }
     run.run();
     if (littleEndianHost && to.orderAdded() && target != nullptr) {
         swapUnits(output.first(run.bytes()));

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 
+#include "markup/MemoryBlock.h"
 #include "markup/TextArg.h"
 
 /// One conversion of a buffer from one named encoding to another. UTF-8, UTF-16 and 32-bit
@@ -21,6 +22,10 @@ class TextEncoding {
     /// aligned for its unit and outlive the object. A null source or a negative length is an empty
     /// source.
     TextEncoding(TextArg fromEncoding, const void* source, int sourceLength);
+
+    /// Lets a converting call give back the memory of what it has read of the source, which lies in
+    /// `block`: the source is lost with it. The block must outlive the object.
+    void ConsumeSource(MemoryBlock& block) { consumed_ = &block; }
 
     /// Converts into `target`, or only measures when it is null, and returns the number of target
     /// units. A name that is not null becomes the target encoding; a null one keeps the one stored.
@@ -62,6 +67,7 @@ class TextEncoding {
     int x_FromUTF8(void* target, int toCodePage);
     int x_Coded(int count);
     int x_FromUTF16(void* target, int toCodePage);
+    int x_ConsumeUTF16(char* target);
     int x_FromUTF32(void* target, int toCodePage);
     int x_FromOther(void* target, int toCodePage);
     int x_ToUTF32(void* target);
@@ -77,10 +83,11 @@ class TextEncoding {
     std::string toEncoding_;
     std::string fromEncoding_;
     const void* source_;
-    int sourceLength_;          // in source units
-    int outputCount_ = 0;       // in target units
-    int failedCharacters_ = 0;  // of the last conversion
-    bool tooLong_ = false;      // the last conversion's result would have been
+    int sourceLength_;                 // in source units
+    MemoryBlock* consumed_ = nullptr;  // holds the source, null when that is to stay
+    int outputCount_ = 0;              // in target units
+    int failedCharacters_ = 0;         // of the last conversion
+    bool tooLong_ = false;             // the last conversion's result would have been
 };
 
 /// Converts a text from the platform's default character set to UTF-8.
