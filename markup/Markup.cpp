@@ -18,6 +18,7 @@ MarkupDocument::MarkupDocument() {
 void MarkupDocument::x_InitMarkup() {
     docFlags_ = 0;
     pos_ = {};
+    attribWalk_ = {};
     freePos_ = 0;
     deletedPos_ = 0;
     savedPos_.RemoveAll();

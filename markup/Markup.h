@@ -132,7 +132,8 @@ class MarkupDocument {
     /// The unescaped value of the main element's first attribute of that name, or of the
     /// pseudo-attribute of the current processing instruction; "" when it is missing.
     std::string GetAttrib(TextArg name) const { return x_GetAttrib(pos_.main, name); }
-    /// Name and unescaped value of the main element's attribute number `n`, counted from 0.
+    /// Name and unescaped value of the main element's attribute number `n`, counted from 0. Asking
+    /// for one after another takes time linear in the tag.
     bool GetNthAttrib(int n, std::string& name, std::string& value) const;
     /// The name alone; "" when there are no more than `n` attributes.
     std::string GetAttribName(int n) const;
@@ -236,5 +237,12 @@ class MarkupDocument {
     int deletedPos_ = 0;
     int docFlags_ = 0;
     SavedPosMapArray savedPos_;
+    /// The attribute last read by number, from which the next is found.
+    struct AttribWalk {
+        int elem = 0;       ///< whose attribute it is, 0 for none
+        int number = 0;     ///< its number
+        int priorName = 0;  ///< `TokenPos::priorName`
+    };
+    mutable AttribWalk attribWalk_;
     ElemPosTree tree_;
 };

@@ -163,11 +163,15 @@ bool MarkupDocument::GetNthAttrib(int n, std::string& name, std::string& value) 
     if (!isElement(pos_.main) || n < 0) {
         return false;
     }
-    TokenPos token = x_StartTagToken(pos_.main);
+    if (attribWalk_.elem != pos_.main || attribWalk_.number > n) {
+        attribWalk_ = {pos_.main, 0, tree_[pos_.main].start + 1};
+    }
+    TokenPos token(docText_.view(), docFlags_, attribWalk_.priorName);
     std::string found;
-    if (!token.FindAttrib(nullptr, n, &found)) {
+    if (!token.FindAttrib(nullptr, n - attribWalk_.number, &found)) {
         return false;
     }
+    attribWalk_ = {pos_.main, n, token.priorName};
     name = std::move(found);
     value.clear();
     x_AppendUnescaped(value, token.token(), docFlags_);

@@ -36,6 +36,7 @@ bool MarkupDocument::x_ParseDoc() {
 /// must not be followed, whatever fails next.
 void MarkupDocument::x_ForgetRecords() noexcept {
     pos_ = {};
+    attribWalk_ = {};
     savedPos_.RemoveAll();
     freePos_ = 1;
     deletedPos_ = 0;

@@ -77,6 +77,7 @@ bool TokenPos::FindAttrib(TextArg name, int index, std::string* attribName) {
     if (!x_NextAttribToken(false)) {  // the tag's own name, whatever it is
         return false;
     }
+    priorName = left;
     while (x_NextAttribToken(afterEqual)) {
         if (afterEqual) {
             if (found) {
@@ -101,7 +102,9 @@ bool TokenPos::FindAttrib(TextArg name, int index, std::string* attribName) {
             continue;
         }
         found = name.isNull() ? number == index : Match(name);
-        if (found && attribName != nullptr) {
+        if (!found) {
+            priorName = left;
+        } else if (attribName != nullptr) {
             *attribName = token();
         }
         ++number;

@@ -59,6 +59,9 @@ class TokenPos {
     int left = 0;    ///< offset of the first byte of the current token
     int right = -1;  ///< offset of its last byte; left - 1 for an empty token
     int next = 0;    ///< where scanning goes on
+    /// Where the name before the attribute that `FindAttrib` found begins: another attribute's or
+    /// the tag's own. A walk from there finds the same attribute at index 0.
+    int priorName = 0;
 
   private:
     /// `next`, or the end of the text when it lies outside.
