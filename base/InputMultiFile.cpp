@@ -25,7 +25,7 @@ class NestedOpening {
     NestedOpening(const NestedOpening&) = delete;
     NestedOpening& operator=(const NestedOpening&) = delete;
 
-    bool isTooDeep() const { return depth_ > mostNested; }
+    static bool isTooDeep() { return depth_ > mostNested; }
 
   private:
     static constexpr int mostNested = 16;
@@ -63,7 +63,7 @@ InputMultiFile::InputMultiFile(const char* name, ByteOrder order) : InputStream(
 
 bool InputMultiFile::open(const char* driver, const char* options) {
     const NestedOpening opening;
-    if (opening.isTooDeep()) {
+    if (NestedOpening::isTooDeep()) {
         return false;
     }
     const bool isOpen = FileUtils::checkFile(name_.c_str())

@@ -27,8 +27,8 @@ struct DriverSpec {
     String driver;
     String options;
 
-    explicit DriverSpec(const String& text) : driver(text.word(0, ':')) {
-        options = text.words(1, -1, ':');
+    explicit DriverSpec(const String& text)
+        : driver(text.word(0, ':')), options(text.words(1, -1, ':')) {
         if (options.length() == 0) {
             options.setNull();
         }

@@ -21,7 +21,8 @@ void appendEscaped(std::string& result, char c, bool controls) {
     if (special != std::string_view::npos && (controls || c == '\\')) {
         result += '\\';
         result += letters[special];
-    } else if (special != std::string_view::npos || std::isprint(static_cast<unsigned char>(c))) {
+    } else if (special != std::string_view::npos ||
+               std::isprint(static_cast<unsigned char>(c)) != 0) {
         result += c;
     } else {
         char code[8];

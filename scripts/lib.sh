@@ -11,6 +11,11 @@ root=$(dirname "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")")
 # shellcheck disable=SC2034 # read by the scripts that source this
 layers=(base markup converter tools)
 
+# For what is built with sanitizers. A refused realloc has to reach the program as a null pointer
+# instead of ending it.
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:allocator_may_return_null=1:allow_addr2line=1
+export UBSAN_OPTIONS=print_stacktrace=1
+
 fail() {
     echo "${0##*/}: $*" >&2
     exit 1

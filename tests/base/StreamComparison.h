@@ -62,7 +62,7 @@ class StreamComparison {
         return choose_(1, std::array{3L, 40L, 40L, 5000L, size() + 9}[index(choose_(0, 4))]);
     }
     std::string take(long length) {
-        const std::string bytes = data_.substr(index(std::min(position_, size())), index(length));
+        std::string bytes = data_.substr(index(std::min(position_, size())), index(length));
         position_ += static_cast<long>(bytes.size());
         high_ = std::max(high_, position_);
         return bytes;
@@ -121,7 +121,7 @@ class StreamComparison {
         // A standard stream looks for the delimiter behind a full line, too.
         std::string wanted = take(kind_ == window ? room - 1 : room);
         const std::size_t found = wanted.find(delimiter);
-        wanted = wanted.substr(0, std::min(found, index(room - 1)));
+        wanted.resize(std::min({found, index(room - 1), wanted.size()}));
         position_ = start + static_cast<long>(wanted.size()) + (found != std::string::npos ? 1 : 0);
         check_(bytes.starts_with(wanted + '\0'), "the line");
     }
