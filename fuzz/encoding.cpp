@@ -52,9 +52,10 @@ std::string convert(const std::string& from, const std::string& to, std::string_
     const std::size_t size = static_cast<std::size_t>(measured) * unit;
     const std::unique_ptr<char[]> target(new char[size]);
     const int count = conversion.PerformConversion(target.get(), nullptr);
-    check(count == measured && conversion.outputCount() == count, "both passes agree:",
+    // A stateful converter may shift once more while measuring, where it starts a new piece.
+    check(count <= measured && conversion.outputCount() == count, "what was measured is enough:",
           from + " to " + to + ", " + std::to_string(measured) + " then " + std::to_string(count));
-    return {target.get(), size};
+    return {target.get(), static_cast<std::size_t>(count) * unit};
 }
 
 std::string upperCase(std::string name) {
