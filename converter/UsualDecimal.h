@@ -148,7 +148,7 @@ inline bool readUsual(const char* text, const char* end, double& value) {
         return false;
     }
     value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) |
-                                  std::uint64_t{isNegative} << 63);
+                                  std::uint64_t{isNegative ? 1U : 0U} << 63);
     return true;
 }
 

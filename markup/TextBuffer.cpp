@@ -21,6 +21,7 @@ constexpr std::size_t mostKept = std::size_t{1} << 26;
 /// Puts `block` in the place of the spare one and returns that.
 MemoryBlock exchangeSpare(MemoryBlock block) {
     const std::lock_guard lock(spareAccess);
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-union-access): the only member, always there
     return std::exchange(spare.block, std::move(block));
 }
 
