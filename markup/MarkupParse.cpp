@@ -160,7 +160,7 @@ void MarkupDocument::x_CloseUnended(Parse& parse, int depth, int closedAt) {
             tree_[above].setFlag(ElemFlagIllData);
         }
         x_LiftChildren(tag.elem, above);
-        x_AddResult(resultText_, "unended_start_tag", tag.name, 0, elem.start, closedAt);
+        x_AddResult(resultText_, "unended_start_tag", tag.name(), 0, elem.start, closedAt);
         lowest = tag.elem;
         parse.current = above;
         parse.tags.pop();

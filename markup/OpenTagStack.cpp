@@ -57,7 +57,7 @@ int OpenTagStack::findMatch(std::string_view endName) {
     if (tags_.empty()) {
         return 0;
     }
-    if (closes(endName, top().name, ignoreCase_)) {
+    if (closes(endName, top().name(), ignoreCase_)) {
         return depth();
     }
     enterPending();
@@ -104,7 +104,7 @@ void OpenTagStack::enterPending() {
 }
 
 void OpenTagStack::enter(int depth) {
-    std::string_view rest = at(depth).name;
+    std::string_view rest = at(depth).name();
     if (ignoreCase_) {
         rest = folded_.emplace_back(foldName(rest));
     }

@@ -16,9 +16,13 @@
 /// the innermost tag, which in a well-formed document never happens.
 class OpenTagStack {
   public:
+    /// Kept small: a hostile file has as many open tags as records.
     struct Tag {
-        int elem;               ///< its element record
-        std::string_view name;  ///< as in its start tag; a view into the document text
+        const char* nameStart;  ///< the name as in its start tag, in the document text
+        int nameLength;
+        int elem;  ///< its element record
+
+        std::string_view name() const { return {nameStart, static_cast<std::size_t>(nameLength)}; }
     };
 
     explicit OpenTagStack(bool ignoreCase) : ignoreCase_(ignoreCase) { tags_.reserve(7); }
@@ -30,7 +34,9 @@ class OpenTagStack {
     /// Requires: depth() > 0.
     const Tag& top() const { return tags_.back(); }
 
-    void push(int elem, std::string_view name) { tags_.push_back({elem, name}); }
+    void push(int elem, std::string_view name) {
+        tags_.push_back({name.data(), static_cast<int>(name.size()), elem});
+    }
     void pop();
 
     /// The depth of the innermost tag that an end tag of this name closes, 0 when there is none.
