@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Loads every .xml file of a folder tree and compares what navigation finds with what expat finds.
 
-usage: run.py TREE_DUMP FOLDER [EXPECTED]
+usage: compare_trees.py TREE_DUMP FOLDER [EXPECTED]
 """
 # TREE_DUMP, best built with sanitizers, loads one file in a process of its own. Of the files that
 # it accepts, those without a document type are compared with what Python's expat reports: the
