@@ -67,6 +67,7 @@ std::size_t readBytes(std::FILE* file, char* buffer, std::size_t size) {
     std::size_t got = std::fread(buffer, 1, size, file);
     while (got < size && std::ferror(file) != 0 && errno == EINTR) {
         std::clearerr(file);
+        errno = 0;
         got += std::fread(buffer + got, 1, size - got, file);
     }
     return got;

@@ -58,10 +58,9 @@ bool IConvRun::x_Step() {
             // With a target such as "ASCII//IGNORE" the error comes after all input was taken.
             return inputLeft_ > 0 && x_ReplaceUnit();
         case E2BIG:
-            if (counting_) {
-                x_RestartScratch();
-            }
-            return progress;
+            // Into an empty scratch buffer a call that reads nothing would write the same for ever,
+            // as the converter from EUC-JISX0213 does once its output was full.
+            return counting_ ? pieceLeft < piece : progress;
         case EINVAL:  // a character cut off at the end, be it only that of the piece
             return moreToCome && progress;
         default:  // nothing else is worth another try
@@ -109,7 +108,7 @@ bool IConvRun::x_ReplaceUnit() {
 }
 
 void IConvRun::x_Call(char** input, std::size_t* inputLeft) {
-    if (counting_ && room_ < leastScratchRoom) {
+    if (counting_) {
         x_RestartScratch();
     }
     const std::size_t roomBefore = room_;

@@ -45,6 +45,7 @@ bool MarkupDocument::SetDoc(const std::string& text) {
     if (inFileMode()) {
         return false;
     }
+    x_ForgetRecords();  // first: there may be no memory for the text
     docText_.assign(text);
     resultText_.clear();
     return x_ParseDoc();

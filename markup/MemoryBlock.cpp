@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::size_t page = 4096;
 constexpr std::size_t hugePage = std::size_t{1} << 21;
-constexpr std::size_t leastMapped = std::size_t{1} << 18;
 
 char* map(std::size_t size) {
     void* const area =
@@ -49,8 +48,7 @@ char* mapHuge(std::size_t& size) {
 
 }  // namespace
 
-MemoryBlock::MemoryBlock(std::size_t size, Pages pages)
-    : size_(size), isMapped_(size >= leastMapped) {
+MemoryBlock::MemoryBlock(std::size_t size, Pages pages) : size_(size), isMapped_(isLarge(size)) {
     if (size > SIZE_MAX / 2) {
         throw std::bad_alloc();
     }

@@ -37,12 +37,18 @@ class MemoryBlock {
     /// Gives memory before `end`, which lies in the block, back to the system where the block is
     /// mapped: what was there is lost.
     void discard(const char* end);
+    /// Tells that the block is to be filled anew: what `discard` gave back may be given back again.
+    void renew() { discarded_ = 0; }
+    /// Whether a block of this size is mapped.
+    static bool isLarge(std::size_t size) { return size >= leastMapped; }
     /// True when the block is large enough to be mapped.
     bool isMapped() const { return isMapped_; }
 
   private:
+    static constexpr std::size_t leastMapped = std::size_t{1} << 18;
+
     char* data_ = nullptr;
     std::size_t size_ = 0;
     bool isMapped_ = false;
-    std::size_t discarded_ = 0;  ///< bytes at the start that have been given back
+    std::size_t discarded_ = 0;  ///< bytes at the start given back and not filled since
 };

@@ -30,13 +30,14 @@ MemoryBlock exchangeSpare(MemoryBlock block) {
 char* TextBuffer::reset(std::size_t size) {
     if (size > block_.size()) {
         clear();
-        block_ = exchangeSpare({});
+        block_ = MemoryBlock::isLarge(size) ? exchangeSpare({}) : MemoryBlock();
         // Neither too small nor so large that another text would keep much memory for nothing.
         if (size > block_.size() || size < block_.size() / 4) {
             block_ = {};  // given back first: there may not be memory for both
             block_ = MemoryBlock(size, MemoryBlock::HugePages);
         }
     }
+    block_.renew();
     size_ = size;
     return block_.data();
 }

@@ -24,7 +24,8 @@ class TextEncoding {
     TextEncoding(TextArg fromEncoding, const void* source, int sourceLength);
 
     /// Lets a converting call give back the memory of what it has read of the source, which lies in
-    /// `block`: the source is lost with it. The block must outlive the object.
+    /// `block`: the source is lost with it. Only for conversions to UTF-8, see IConvRun::Units. The
+    /// block must outlive the object.
     void ConsumeSource(MemoryBlock& block) { consumed_ = &block; }
 
     /// Converts into `target`, or only measures when it is null, and returns the number of target

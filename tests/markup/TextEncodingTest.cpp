@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
 
 #include "markup/EncodingNameTable.h"
+#include "markup/TextBuffer.h"
 #include "markup/TextEncoding.h"
 #include "tests/markup/Convert.h"
 
@@ -28,6 +30,27 @@ TEST(TextEncoding, KeepsToTheRoom) {
     }
     EXPECT_EQ(TextEncoding("UTF-8", nullptr, 7).PerformConversion(nullptr, "ISO-8859-1"), 0);
     EXPECT_EQ(TextEncoding("UTF-8", "abc", -1).PerformConversion(nullptr, "UTF-16"), 0);
+}
+
+// Its converter, whose output was once full, may write the same again without reading on.
+TEST(TextEncoding, MeasuresLongTextsOfCombinedCharacters) {
+    std::string source;
+    for (int i = 0; i < 1500; ++i) {
+        source += "\xA4\xAB\xA4\xF7";
+    }
+    EXPECT_EQ(convert("EUC-JISX0213", "UTF-8", source).size(), 1500U * 9);
+}
+
+// The source is lost each time, also in a block that held another before.
+TEST(TextEncoding, GivesBackWhatABlockWasFilledWithAgain) {
+    constexpr std::size_t size = std::size_t{1} << 22;
+    TextBuffer text;
+    for (int i = 0; i < 2; ++i) {
+        char* const data = text.reset(size);
+        std::fill_n(data, size, 'x');
+        text.block().discard(data + size);
+        EXPECT_EQ(data[0], '\0');
+    }
 }
 
 // Noise through every converter that the system has: both passes agree (checked in convert) and no
