@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstddef>
-
 /// Reads plain decimal numbers much faster than strtod, and to the same bits.
 ///
 /// Plain is: an optional sign; digits with at most one "."; an optional exponent. Up to 19

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstddef>
-
 /// What touching memory for the first time costs: more than what is then done with it.
 namespace heap {
 

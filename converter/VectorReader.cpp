@@ -37,7 +37,6 @@ double anyNumber(const char* piece, const char* end) {
 constexpr std::ptrdiff_t blockSize = 64;
 
 #ifdef __x86_64__
-
 /// The spaces among the bytes of a block, the first byte's bit lowest.
 std::uint64_t spacesIn(const char* block) {
     const auto spaces = [block](int offset) {

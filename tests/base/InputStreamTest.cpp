@@ -25,6 +25,7 @@
 #include "base/InputServer.h"
 #include "base/InputStreamStl.h"
 #include "tests/Script.h"
+#include "tests/base/EmptyFolder.h"
 #include "tests/base/StreamComparison.h"
 
 namespace {
@@ -58,10 +59,6 @@ InputStream* tell(const char* name, InputStream::ByteOrder order, const char* op
 /// An empty folder as the current one, pipes that other processes feed, and a stream.
 class World {
   public:
-    World() {
-        EXPECT_NE(mkdtemp(folder_.data()), nullptr);
-        std::filesystem::current_path(folder_);
-    }
     ~World() {
         stream.reset();
         InputServer::getInstance()->setDriverDefault("buffer");
@@ -71,8 +68,6 @@ class World {
             kill(feeder, SIGKILL);
             waitpid(feeder, nullptr, 0);
         }
-        std::filesystem::current_path(home_);
-        std::filesystem::remove_all(folder_);
     }
     static bool put(const std::string& name, const std::string& data) {
         std::filesystem::create_directories(std::filesystem::absolute(name).parent_path());
@@ -120,8 +115,7 @@ class World {
         const unsigned long result = call(field.data());
         return show(field + " " + std::to_string(result));
     }
-    std::filesystem::path home_ = std::filesystem::current_path();
-    std::string folder_ = testing::TempDir() + "streamsXXXXXX";
+    EmptyFolder folder_;
     int stdin_ = dup(0);
     std::vector<pid_t> feeders_;
     std::istringstream adapted_{"adapted"};

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <map>
@@ -20,6 +19,7 @@
 #include "base/String.h"
 #include "base/fnmatch.h"
 #include "tests/Script.h"
+#include "tests/base/EmptyFolder.h"
 
 namespace {
 
@@ -64,14 +64,6 @@ std::string show(const T& first, const Ts&... others) {
 /// A date, broken-down fields, and an empty folder as the current one.
 class World {
   public:
-    World() {
-        EXPECT_NE(mkdtemp(folder_.data()), nullptr);
-        std::filesystem::current_path(folder_);
-    }
-    ~World() {
-        std::filesystem::current_path(home_);
-        std::filesystem::remove_all(folder_);
-    }
     std::string run(const std::string& operation, const A& arguments);
 
   private:
@@ -94,8 +86,7 @@ class World {
         return names;
     }
 
-    std::filesystem::path home_ = std::filesystem::current_path();
-    std::string folder_ = testing::TempDir() + "baseXXXXXX";
+    EmptyFolder folder_;
     JulianDate date_;
     std::tm fields_{};
 };
