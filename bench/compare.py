@@ -30,7 +30,7 @@ import tempfile
 import workloads
 
 PROGRAMS = ["eqconvert", "peer_rapidxml", "peer_pugixml"]
-RUNS = {"tiny": 201, "big": 5}
+RUNS = {"tiny": 201}
 MOST_RUNS = 21  # of every other workload
 # Most of eqconvert's time to the RapidXML peer's.
 RATIOS = {
@@ -169,8 +169,8 @@ def main():
     parser.add_argument("--build", default=root / "build/release", help="folder of the programs")
     parser.add_argument("--data", default=root / "build/bench-data", help="folder of the inputs")
     parser.add_argument("--scratch", default="/dev/shm", help="folder for the records")
-    parser.add_argument("--runs", type=int, help="at most so many runs (default: 201 of tiny, 5 of "
-                                                 "big and growth, 21 of the others)")
+    parser.add_argument("--runs", type=int, help="at most so many runs (default: 201 of tiny, 21 "
+                                                 "of the others)")
     parser.add_argument("workloads", nargs="*", metavar="WORKLOAD[:FORMAT]")
     options = parser.parse_args()
     cases = list(cases_of(options.workloads))
