@@ -71,6 +71,12 @@ class MarkupDocument {
     /// well-formed; false otherwise, with a "file_error" in the result log when it was not read:
     /// the document has no elements then.
     bool Load(TextArg path);
+    /// Loads as `Load` does. The text of a file of 4 MB or more in UTF-8 is then not copied where
+    /// the system grants that nobody changes the file as long as it is this document's text:
+    /// processes that are about to write to it wait, usually 45 s at most. After that, and on a
+    /// disk that fails, using the text may raise SIGBUS, for which the program has to be prepared.
+    /// A document loaded this way must not be saved to the same file.
+    bool LoadMapped(TextArg path);
     /// Reads a file as `Load` does, without parsing. `results` receives the result log. `flags` are
     /// document flags, in and out. `encoding` may name the encoding of a byte file, overriding the
     /// one it declares; else it receives the file's. The last three may be null.
@@ -208,6 +214,7 @@ class MarkupDocument {
     bool isRecord(int pos) const { return pos >= 0 && pos < x_RecordCount(); }
     bool isElement(int pos) const { return pos > 0 && pos < x_RecordCount(); }
 
+    bool x_Load(TextArg path, bool mayMap);
     void x_ForgetRecords() noexcept;
     void x_ResetRecords();
     void x_AppendResults(const std::string& results);

@@ -17,15 +17,23 @@ class MemoryBlock {
     /// A block of at least `size` bytes, aligned for any type. `HugePages` is a wish: where the
     /// system has none they are as usual. Throws std::bad_alloc.
     MemoryBlock(std::size_t size, Pages pages);
+    /// The `size` bytes of a file open for reading, where they lie in the system's memory; what is
+    /// written to them changes the block only. An empty block unless they are all there and the
+    /// system grants a lease: whoever is about to change the file has to wait until the block is
+    /// gone, or for as long as the system lets a lease last (45 s usually). Bytes that the system
+    /// can't supply after all raise SIGBUS when they are used.
+    static MemoryBlock ofFile(int file, std::size_t size) noexcept;
     MemoryBlock(MemoryBlock&& other) noexcept
         : data_(std::exchange(other.data_, nullptr)),
           size_(std::exchange(other.size_, 0)),
           isMapped_(other.isMapped_),
+          file_(std::exchange(other.file_, -1)),
           discarded_(other.discarded_) {}
     MemoryBlock& operator=(MemoryBlock&& other) noexcept {
         std::swap(data_, other.data_);
         std::swap(size_, other.size_);
         std::swap(isMapped_, other.isMapped_);
+        std::swap(file_, other.file_);
         std::swap(discarded_, other.discarded_);
         return *this;
     }
@@ -43,6 +51,8 @@ class MemoryBlock {
     static bool isLarge(std::size_t size) { return size >= leastMapped; }
     /// True when the block is large enough to be mapped.
     bool isMapped() const { return isMapped_; }
+    /// True when the block shows a file.
+    bool isFile() const { return file_ >= 0; }
 
   private:
     static constexpr std::size_t leastMapped = std::size_t{1} << 18;
@@ -50,5 +60,6 @@ class MemoryBlock {
     char* data_ = nullptr;
     std::size_t size_ = 0;
     bool isMapped_ = false;
+    int file_ = -1;              ///< that the block shows, open as long as the lease is needed
     std::size_t discarded_ = 0;  ///< bytes at the start given back and not filled since
 };

@@ -28,7 +28,7 @@ MemoryBlock exchangeSpare(MemoryBlock block) {
 }  // namespace
 
 char* TextBuffer::reset(std::size_t size) {
-    if (size > block_.size()) {
+    if (size > block_.size() || block_.isFile()) {
         clear();
         block_ = MemoryBlock::isLarge(size) ? exchangeSpare({}) : MemoryBlock();
         // Neither too small nor so large that another text would keep much memory for nothing.
@@ -42,6 +42,13 @@ char* TextBuffer::reset(std::size_t size) {
     return block_.data();
 }
 
+bool TextBuffer::resetToFile(int file, std::size_t size) noexcept {
+    clear();
+    block_ = MemoryBlock::ofFile(file, size);
+    size_ = block_.size();
+    return block_.isFile();
+}
+
 void TextBuffer::assign(std::string_view text) {
     reset(text.size());
     if (!text.empty()) {
@@ -52,7 +59,7 @@ void TextBuffer::assign(std::string_view text) {
 void TextBuffer::clear() noexcept {
     size_ = 0;
     MemoryBlock given = std::move(block_);
-    if (given.isMapped() && given.size() <= mostKept) {
+    if (given.isMapped() && !given.isFile() && given.size() <= mostKept) {
         exchangeSpare(std::move(given));
     }
 }

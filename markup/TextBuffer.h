@@ -29,6 +29,9 @@ class TextBuffer {
     /// Makes room for `size` bytes, whose content is not defined, and returns the first. What was
     /// there before is lost. Throws std::bad_alloc, leaving the buffer empty.
     char* reset(std::size_t size);
+    /// Takes the `size` bytes of an open file for the text, where they lie; see
+    /// MemoryBlock::ofFile. False, with an empty buffer, when they are not to be had.
+    bool resetToFile(int file, std::size_t size) noexcept;
     /// Keeps the first `size` bytes. Requires: size <= size().
     void truncate(std::size_t size) { size_ = size; }
     /// Copies `text`, which must not lie in the buffer.

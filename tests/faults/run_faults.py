@@ -5,6 +5,7 @@
 # has no such call any more. A run has to end by itself, with status 0 only when it has written what it
 # writes undisturbed, else with a message, and must leave nothing open or allocated.
 import errno, os, pathlib, struct, subprocess, sys, tempfile
+from signal import SIGBUS
 
 MB, ALL = 1 << 20, 1 << 40
 REPORT = "4l"  # calls, blocks and descriptors left, whether the run has ended by itself
@@ -127,6 +128,26 @@ def memory_complaints(program):
                 yield f"file {number} in {limit} bytes: status {got[0]}, {got[1][-200:]!r}"
 
 
+# A large file that is not copied: while it is used nobody may change it, and losing it ends the run.
+def mapping_complaints(program):
+    text = SAMPLE.replace("</DATA>", "<NOTE/>" * 800_000 + "</DATA>").replace(">3<", ">30000<", 2)
+    for values in ("1 2 3", "0 0 0", "5 5 5", "1.5 1.5 1.5"):
+        text = text.replace(values, "1 " * 29_999 + "1")
+    pathlib.Path("large.xml").write_text(text)
+    for signal, wanted in ((0, 0), (SIGBUS, STOPPED)):
+        run = subprocess.Popen([program, "large.xml"], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        run.stdout.read(1)
+        try:
+            os.close(os.open("large.xml", os.O_RDWR | os.O_NONBLOCK))
+            yield "a file in use can be opened for writing"
+        except BlockingIOError:
+            pass
+        run.send_signal(signal)
+        _, messages = run.communicate(timeout=20)
+        if run.returncode != wanted or (b"any more" in messages) != (signal != 0):
+            yield f"signal {signal}: status {run.returncode}, {messages[-200:]!r}"
+
+
 def main():
     folder, injector = map(os.path.abspath, sys.argv[1:])
     with tempfile.TemporaryDirectory() as scratch:
@@ -137,6 +158,7 @@ def main():
         found = [f"{command}: {text}" for command, stdout, kinds in RUNS for kind in kinds.split()
                  for text in Run(folder, injector, command, stdout).complaints(kind)]
         found += memory_complaints(f"{folder}/eqconvert")
+        found += mapping_complaints(f"{folder}/eqconvert")
         os.chdir("/")
     print(*found, f"{len(found)} complaints", sep="\n")
     sys.exit(bool(found))

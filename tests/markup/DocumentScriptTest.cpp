@@ -1,10 +1,13 @@
 // Operations on one document, for the scripts about parsing, navigation, results and loading.
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <sstream>
@@ -260,6 +263,64 @@ TEST_P(DocumentScript, GivesWhatItSays) {
 INSTANTIATE_TEST_SUITE_P(Data, DocumentScript,
                          testing::Values("parse.txt", "navigate.txt", "results.txt", "load.txt",
                                          "save.txt", "roundtrip.txt"));
+
+/// A text that is large enough to be mapped: `start`, many times `filling`, `end`.
+std::string largeText(const std::string& start, const std::string& filling,
+                      const std::string& end) {
+    std::string text = start;
+    while (text.size() < (std::size_t{5} << 20)) {
+        text += filling;
+    }
+    return text + end;
+}
+
+TEST(LoadMapped, GivesWhatLoadGives) {
+    const std::string path = testing::TempDir() + "mapped" + std::to_string(getpid());
+    const std::string nul(1, '\0');
+    const std::string latin = "<?xml version='1.0' encoding='ISO-8859-1'?><a>";
+    for (const std::string& text :
+         {largeText("<a>", "x\u20ac", "</a>"), largeText("<a>", "<b c='d'/>", "</a"),
+          largeText("<a>", "x", nul + "y" + nul + "</a>"), largeText("<a>", "y", "\x80</a>"),
+          largeText("\xEF\xBB\xBF<a>", "z", "</a>"), largeText(latin, "\xE9", "</a>"),
+          largeText("a", "\xE9", "")}) {
+        std::ofstream(path, std::ios::binary) << text;
+        MarkupDocument wanted;
+        MarkupDocument got;
+        EXPECT_EQ(got.LoadMapped(path), wanted.Load(path));
+        EXPECT_EQ(got.GetResult(), wanted.GetResult());
+        EXPECT_EQ(got.GetDocFlags(), wanted.GetDocFlags());
+        EXPECT_TRUE(got.GetDoc() == wanted.GetDoc()) << wanted.GetError();
+        EXPECT_EQ(got.x_RecordCount(), wanted.x_RecordCount());
+        EXPECT_EQ(got.checkInvariants(), "");
+    }
+    unlink(path.c_str());
+}
+
+// Where the file system gives no leases the text is a copy, and the file may change.
+TEST(LoadMapped, HoldsWritersUpUntilTheTextIsGone) {
+    const std::string path = testing::TempDir() + "held" + std::to_string(getpid());
+    const std::string text = largeText("<a>", "x", "</a>");
+    std::ofstream(path, std::ios::binary) << text;
+    MarkupDocument doc;
+    ASSERT_TRUE(doc.LoadMapped(path));
+    EXPECT_EQ(doc.x_GetData(1).size() + 7, text.size());
+    const int during = open(path.c_str(), O_RDWR | O_TRUNC | O_NONBLOCK);
+    const bool isHeldUp = during < 0 && errno == EWOULDBLOCK;
+    EXPECT_TRUE(isHeldUp || doc.GetDoc() == text);
+    doc.SetDoc("<b/>");
+    const int after = open(path.c_str(), O_RDWR | O_NONBLOCK);
+    EXPECT_GE(after, 0);
+    EXPECT_EQ(doc.GetDoc(), "<b/>");
+    close(during);
+    close(after);
+    // A file that is open for writing is read.
+    const int writer = open(path.c_str(), O_RDWR);
+    EXPECT_TRUE(isHeldUp ? doc.LoadMapped(path) : true);
+    EXPECT_EQ(ftruncate(writer, 0), 0);
+    EXPECT_EQ(doc.GetDoc().size(), isHeldUp ? text.size() : 4);
+    close(writer);
+    unlink(path.c_str());
+}
 
 // The text is longer than a pipe holds, so that the reader is gone before all is written.
 TEST(Saving, ToAPipeThatIsClosedFails) {
