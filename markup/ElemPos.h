@@ -40,6 +40,12 @@ struct ElemPos {
     void setFlag(ElemFlag flag) { levelAndFlags |= flag; }
     void clearFlag(ElemFlag flag) { levelAndFlags &= ~static_cast<std::uint32_t>(flag); }
 
+    /// Notes an end tag of `tagBytes` bytes, which ends at offset `end`.
+    void close(int end, int tagBytes) {
+        length = end - start;
+        setEndTagLength(tagBytes);
+    }
+
     void setStartTagLength(int bytes) {
         tagLengths =
             (tagLengths & ~startTagMask) | (static_cast<std::uint32_t>(bytes) & startTagMask);

@@ -32,9 +32,8 @@ void ElemPosTree::Clear() {
 }
 
 void ElemPosTree::replacePage(std::size_t index, int keep, int count) {
-    // How many records a text needs is a guess at first. Once a page is full the next one is
-    // likely to be, and a full one is just a huge page.
-    const bool isSure = index > 0 && count == pageRecords;
+    // Once a page is full the next one is likely to be, and a full one is just a huge page.
+    const bool isSure = isFullExpected_ || (index > 0 && count == pageRecords);
     MemoryBlock fresh(static_cast<std::size_t>(count) * sizeof(ElemPos),
                       isSure ? MemoryBlock::HugePages : MemoryBlock::UsualPages);
     std::copy_n(records(index), keep, reinterpret_cast<ElemPos*>(fresh.data()));

@@ -23,6 +23,9 @@ class ElemPosTree {
     /// caller repeats until `size()` is enough. Does nothing when newSize is not above size().
     void GrowElemPosTree(int newSize);
 
+    /// Tells whether what the tree is grown to will be used: pages may then be huge ones.
+    void expectFull(bool isExpected) { isFullExpected_ = isExpected; }
+
     /// Frees every page.
     void Clear();
 
@@ -38,4 +41,5 @@ class ElemPosTree {
 
     std::vector<MemoryBlock> pages_;
     int size_ = 0;
+    bool isFullExpected_ = false;
 };

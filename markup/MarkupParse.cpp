@@ -1,10 +1,13 @@
 // The parser: turns the nodes of the tokenizer into element records.
 
 #include <algorithm>
+#include <bit>
 
 #include "markup/Markup.h"
 #include "markup/OpenTagStack.h"
 #include "markup/ResultLog.h"
+#include "markup/TagScan.h"
+#include "markup/TextScan.h"
 
 /// What one run of x_ParseElem keeps beside the document.
 struct MarkupDocument::Parse {
@@ -14,6 +17,63 @@ struct MarkupDocument::Parse {
     int levelBase;  ///< level of `parent`
     int first = 0;  ///< first record made
 };
+
+namespace {
+
+/// A record is reserved for so many bytes of text, before it is known how many there will be.
+constexpr std::size_t bytesForRecord = 64;
+
+/// True when a long text seems, by samples from all over it, to need the records that are reserved
+/// for it.
+bool isDense(std::string_view text) {
+    constexpr std::size_t leastSize = std::size_t{1} << 22;
+    constexpr std::size_t sampleCount = 16;
+    constexpr std::size_t sampleSize = 4096;
+    const auto isSampleDense = [text](std::size_t n) {
+        const std::string_view sample = text.substr(text.size() / sampleCount * n, sampleSize);
+        const auto tags = static_cast<std::size_t>(std::count(sample.begin(), sample.end(), '<'));
+        return tags / 2 >= sampleSize / bytesForRecord;  // most have a start and an end tag
+    };
+    bool isDense = text.size() >= leastSize;
+    for (std::size_t n = 0; isDense && n < sampleCount; ++n) {
+        isDense = isSampleDense(n);
+    }
+    return isDense;
+}
+
+/// Plain tags are looked for only where so many bytes follow, which is enough for the longest name
+/// that a plain one may have and whatever is read of it in blocks: nobody need ask then what is
+/// left.
+constexpr std::size_t plainRoom = 64;
+constexpr std::size_t mostPlainName = 2 * x_BlockSize;
+
+/// Whether a name is of letters, digits, "_" and ":" and not too long. Requires: plainRoom bytes
+/// from the tag's "<" on.
+bool isPlainName(const char* name, std::size_t length) {
+    const auto isPlain = [name](std::size_t start, std::size_t size) {
+        return (x_NoNameBytes(name + start) & ((1U << size) - 1)) == 0;
+    };
+    if (length <= x_BlockSize) {
+        return length != 0 && isPlain(0, length);
+    }
+    return length <= mostPlainName && isPlain(0, x_BlockSize) &&
+           isPlain(x_BlockSize, length - x_BlockSize);
+}
+
+/// Whether two plain names of the same length are equal. Requires: as for isPlainName, of both.
+bool arePlainNamesEqual(const char* name, const char* other, std::size_t length) {
+    if (length > x_BlockSize) {
+        if (x_SameBytes(name, other) != x_WholeBlock) {
+            return false;
+        }
+        name += x_BlockSize;
+        other += x_BlockSize;
+        length -= x_BlockSize;
+    }
+    return std::countr_one(x_SameBytes(name, other)) >= static_cast<int>(length);
+}
+
+}  // namespace
 
 bool MarkupDocument::x_ParseDoc() {
     x_ResetRecords();
@@ -48,8 +108,8 @@ void MarkupDocument::x_ForgetRecords() noexcept {
 /// Leaves the records of an empty document, with room for those of the text.
 void MarkupDocument::x_ResetRecords() {
     x_ForgetRecords();
-    // One record for each 64 bytes of text is about what parameter files need.
-    x_AllocElemPos(static_cast<int>(docText_.size() / 64 + 8));
+    tree_.expectFull(isDense(docText_.view()));
+    x_AllocElemPos(static_cast<int>(docText_.size() / bytesForRecord + 8));
     tree_[0] = {};
 }
 
@@ -60,6 +120,7 @@ int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
     Parse parse{OpenTagStack(hasFlag(DocFlagIgnoreCase)), parent, parent, tree_[parent].level()};
     NodePos node;
     while (true) {
+        x_ParsePlain(parse, token);
         switch (token.ParseNode(node)) {
             case NodeElement:
                 x_OpenElem(parse, token, node);
@@ -88,28 +149,66 @@ void MarkupDocument::x_AppendResults(const std::string& results) {
     }
 }
 
-void MarkupDocument::x_OpenElem(Parse& parse, const TokenPos& token, const NodePos& node) {
-    const int pos = x_GetFreePos();
-    ElemPos& elem = tree_[pos];
-    // A level beyond 16 bits keeps its low bits; it must not run into the flags.
-    const int level = parse.levelBase + parse.tags.depth();
-    elem.start = node.start;
-    elem.length = node.length;
-    elem.setStartTagLength(node.length);
-    elem.levelAndFlags = static_cast<std::uint32_t>(level) & ElemPos::levelMask;
-    x_LinkLastChild(parse.current, pos);
-    if (parse.first == 0) {
-        parse.first = pos;
+/// Parses what parameter files are made of, text and plain tags, in a fraction of the time that the
+/// tokenizer takes, and leaves the token on the first tag that is anything else. To the same
+/// effect: text makes no records, and what is not found to be plain may well be so.
+void MarkupDocument::x_ParsePlain(Parse& parse, TokenPos& token) {
+    const std::string_view text = docText_.view();
+    const auto start = static_cast<std::size_t>(token.next);
+    TagScan scan(text, start);
+    std::size_t open = scan.findOpening(start);
+    while (text.size() - open >= plainRoom) {
+        const std::size_t next = text[open + 1] == '/' ? x_ParsePlainEnd(parse, scan, open)
+                                                       : x_ParsePlainStart(parse, scan, open);
+        if (next == 0) {
+            break;
+        }
+        open = scan.findOpening(next);
     }
-    if ((node.flags & NodeFlagEmpty) == 0) {
-        parse.tags.push(pos, token.token());
-        parse.current = pos;
-    }
+    token.next = static_cast<int>(open);
 }
 
-/// Links a fresh record as the last child of `parent`.
-void MarkupDocument::x_LinkLastChild(int parent, int pos) {
-    ElemPos& elem = tree_[pos];
+/// Closes the innermost open element by the end tag whose "<" is at `open`, and returns where to
+/// look for another tag; 0 when it is not plain or not that element's.
+std::size_t MarkupDocument::x_ParsePlainEnd(Parse& parse, TagScan& scan, std::size_t open) {
+    const char* const name = docText_.view().data() + open + 2;
+    const std::size_t close = scan.findClosing(open);
+    const std::size_t length = close - open - 2;  // wraps around to a long one where there is none
+    if (!isPlainName(name, length) || parse.tags.depth() == 0 ||
+        parse.tags.top().name() != std::string_view(name, length)) {
+        return 0;
+    }
+    ElemPos& elem = tree_[parse.current];
+    elem.close(static_cast<int>(close) + 1, static_cast<int>(length) + 3);
+    parse.current = elem.parent;
+    parse.tags.pop();
+    return close;
+}
+
+/// Adds the element of the start tag whose "<" is at `open`, also with its end tag when that is the
+/// next tag, and returns where to look for another; 0 when the start tag is not plain.
+std::size_t MarkupDocument::x_ParsePlainStart(Parse& parse, TagScan& scan, std::size_t open) {
+    const std::string_view text = docText_.view();
+    const char* const name = text.data() + open + 1;
+    const std::size_t close = scan.findClosing(open);
+    const std::size_t length = close - open - 1;
+    if (!x_IsClass(*name, ClassNameStart) || !isPlainName(name, length)) {
+        return 0;
+    }
+    ElemPos& elem = x_AddElem(parse, static_cast<int>(open), static_cast<int>(length) + 2);
+    const std::size_t next = scan.findOpening(close);
+    const std::size_t end = next + length + 2;
+    if (text.size() - next >= plainRoom && text[next + 1] == '/' && text[end] == '>' &&
+        arePlainNamesEqual(name, text.data() + next + 2, length)) {
+        elem.close(static_cast<int>(end) + 1, static_cast<int>(length) + 3);
+        return end;
+    }
+    x_Enter(parse, {name, length});
+    return next;
+}
+
+/// Links a fresh record, `elem` at `pos`, as the last child of `parent`.
+inline void MarkupDocument::x_LinkLastChild(int parent, int pos, ElemPos& elem) {
     ElemPos& above = tree_[parent];
     elem.parent = parent;
     if (above.child == 0) {
@@ -124,6 +223,37 @@ void MarkupDocument::x_LinkLastChild(int parent, int pos) {
     firstChild.previous = pos;
 }
 
+/// Takes a record for an element with this start tag, makes it the last child of the innermost open
+/// one and returns it.
+ElemPos& MarkupDocument::x_AddElem(Parse& parse, int start, int tagLength) {
+    const int pos = x_GetFreePos();
+    ElemPos& elem = tree_[pos];
+    // A level beyond 16 bits keeps its low bits; it must not run into the flags.
+    const int level = parse.levelBase + parse.tags.depth();
+    elem.start = start;
+    elem.length = tagLength;
+    elem.setStartTagLength(tagLength);
+    elem.levelAndFlags = static_cast<std::uint32_t>(level) & ElemPos::levelMask;
+    x_LinkLastChild(parse.current, pos, elem);
+    if (parse.first == 0) {
+        parse.first = pos;
+    }
+    return elem;
+}
+
+/// Makes the element added last, which is called `name`, the innermost open one.
+void MarkupDocument::x_Enter(Parse& parse, std::string_view name) {
+    parse.current = freePos_ - 1;
+    parse.tags.push(parse.current, name);
+}
+
+void MarkupDocument::x_OpenElem(Parse& parse, const TokenPos& token, const NodePos& node) {
+    x_AddElem(parse, node.start, node.length);
+    if ((node.flags & NodeFlagEmpty) == 0) {
+        x_Enter(parse, token.token());
+    }
+}
+
 void MarkupDocument::x_EndElem(Parse& parse, const TokenPos& token, const NodePos& node) {
     const int depth = parse.tags.findMatch(token.token());
     if (depth == 0) {
@@ -134,8 +264,7 @@ void MarkupDocument::x_EndElem(Parse& parse, const TokenPos& token, const NodePo
     }
     x_CloseUnended(parse, depth, token.left - 1);
     ElemPos& elem = tree_[parse.current];
-    elem.length = node.start + node.length - elem.start;
-    elem.setEndTagLength(node.length);
+    elem.close(node.start + node.length, node.length);
     parse.current = elem.parent;
     parse.tags.pop();
 }
