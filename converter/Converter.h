@@ -5,9 +5,9 @@
 
 #include "converter/CoefficientTable.h"
 #include "converter/Diagnostics.h"
+#include "converter/PreparedFile.h"
 #include "converter/RecordWriter.h"
 #include "converter/VORN.h"
-#include "markup/Markup.h"
 
 /// Converts a run of parameter files, strictly in order, into one record. Keeps from file to file
 /// only the first file's type and NUC table identifier.
@@ -26,9 +26,8 @@ class Converter {
     int run(int fileCount, const char* const* paths);
 
   private:
-    bool convertFile(int fileCount, const char* path);
+    bool convertFile(int fileCount, const char* path, PreparedFile& file);
     bool checkNucTable(std::int16_t id, const char* path);
-    bool convertConfigurations(MarkupDocument& document, std::uint8_t bandId, double epsilon);
 
     RecordWriter& record_;
     Diagnostics& diagnostics_;

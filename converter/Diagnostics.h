@@ -1,51 +1,53 @@
 #pragma once
 
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <concepts>
 #include <cstddef>
-#include <limits>
 #include <string>
 #include <string_view>
+#include <vector>
 
-/// Writes progress and diagnostic messages to a file descriptor, each in one system call, so that
-/// they appear at once and whole. A message that can't be written is dropped: there is nobody left
-/// to tell.
+#include "converter/Message.h"
+
+/// Messages in the order in which they were said, to be written later.
+class KeptMessages {
+  public:
+    void add(std::string_view message) {
+        text_ += message;
+        ends_.push_back(text_.size());
+    }
+    std::size_t count() const { return ends_.size(); }
+    /// Message number `n`, from 0. Requires: n < count().
+    std::string_view at(std::size_t n) const {
+        const std::size_t start = n == 0 ? 0 : ends_[n - 1];
+        return std::string_view(text_).substr(start, ends_[n] - start);
+    }
+
+  private:
+    std::string text_;
+    std::vector<std::size_t> ends_;
+};
+
+/// Writes progress and diagnostic messages to a file descriptor, in their order and each in one
+/// system call, so that they appear at once and whole.
 class Diagnostics {
   public:
     /// The descriptor is not owned and stays open.
     explicit Diagnostics(int descriptor) : descriptor_(descriptor) {}
+    /// Keeps the messages. `kept` is not owned and must outlive the object.
+    explicit Diagnostics(KeptMessages& kept) : kept_(&kept) {}
 
     /// Writes the parts, texts and decimal integers, one after another; a line end is a part too.
     template <class... Parts>
     void say(const Parts&... parts) {
-        used_ = 0;
-        longStart_.clear();
-        (add(parts), ...);
-        write();
+        Message message;
+        message.add(parts...);
+        put(message.view());
     }
+    /// Writes all of these messages.
+    void sayAll(const KeptMessages& messages);
 
   private:
-    void add(std::string_view text) {
-        if (text.size() > message_.size() - used_) {
-            addLong(text);
-            return;
-        }
-        std::copy(text.begin(), text.end(), message_.begin() + static_cast<std::ptrdiff_t>(used_));
-        used_ += text.size();
-    }
-    template <std::integral Number>
-    void add(Number number) {
-        std::array<char, std::numeric_limits<Number>::digits10 + 2> digits;
-        char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-        add(std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data())));
-    }
-    void addLong(std::string_view text);
-    void write();
+    void put(std::string_view message);
 
-    int descriptor_;
-    std::size_t used_ = 0;
-    std::array<char, 256> message_;
-    std::string longStart_;  ///< the start of a message that is longer than usual
+    int descriptor_ = -1;
+    KeptMessages* kept_ = nullptr;  ///< in place of the descriptor
 };

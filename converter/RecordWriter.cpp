@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <string>
 
 #include "base/Exception.h"
 
@@ -40,13 +39,21 @@ void RecordWriter::flush() {
 }
 
 void RecordWriter::write(const char* data, std::size_t size) const {
+    constexpr const char* title = "cannot write the record";
+    if (target_ != nullptr) {
+        if (size > limit_ - target_->size()) {
+            throw vek::StdError(title, EFBIG);
+        }
+        target_->append(data, size);
+        return;
+    }
     while (size > 0) {
         const ssize_t written = ::write(descriptor_, data, size);
         if (written > 0) {
             data += written;
             size -= static_cast<std::size_t>(written);
         } else if (written == 0 || errno != EINTR) {
-            throw vek::StdError("cannot write the record", written == 0 ? EIO : errno);
+            throw vek::StdError(title, written == 0 ? EIO : errno);
         }
     }
 }

@@ -2,18 +2,24 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <type_traits>
 
-/// Writes the output record to a file descriptor through one large buffer: texts, decimal numbers
-/// in a field of width 2, and raw values in the machine's byte order, without anything in between.
+/// Writes the output record to a file descriptor or a string through one large buffer: texts,
+/// decimal numbers in a field of width 2, and raw values in the machine's byte order, without
+/// anything in between.
 ///
 /// Every operation throws vek::StdError, with the message "cannot write the record" and the
-/// system's error number, when the descriptor takes no more; what was written before stays.
+/// system's error number, when the target takes no more; what was written before stays. With a
+/// string they also throw std::bad_alloc.
 class RecordWriter {
   public:
     /// The descriptor is not owned and stays open.
     explicit RecordWriter(int descriptor) : descriptor_(descriptor) {}
+    /// Appends to a string, which is not owned and must outlive the writer. It takes no more than
+    /// `limit` bytes.
+    RecordWriter(std::string& target, std::size_t limit) : target_(&target), limit_(limit) {}
 
     /// The character that fills a number up to width 2 from now on; a space at first.
     void setFill(char fill) { fill_ = fill; }
@@ -39,7 +45,9 @@ class RecordWriter {
     void bytes(const void* data, std::size_t size);
     void write(const char* data, std::size_t size) const;
 
-    int descriptor_;
+    int descriptor_ = -1;
+    std::string* target_ = nullptr;  ///< in place of the descriptor
+    std::size_t limit_ = 0;          ///< of the target's size
     char fill_ = ' ';
     std::size_t used_ = 0;
     /// Part of the object, so that there is no memory to run out of.

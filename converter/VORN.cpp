@@ -24,7 +24,8 @@ bool ranOutOfMemory(const MarkupDocument& document) {
 }  // namespace
 
 void VORN::init(const char* path, int fileCount, MarkupDocument& document, std::string& fileType) {
-    if (!document.LoadMapped(path) && ranOutOfMemory(document)) {
+    const bool isLoaded = !document.GetDoc().empty();
+    if (!isLoaded && !document.LoadMapped(path) && ranOutOfMemory(document)) {
         throw std::bad_alloc();
     }
     document.FindElem();

@@ -223,7 +223,7 @@ class MarkupDocument {
     std::size_t x_ParsePlainEnd(Parse& parse, TagScan& scan, std::size_t open);
     std::size_t x_ParsePlainStart(Parse& parse, TagScan& scan, std::size_t open);
     ElemPos& x_AddElem(Parse& parse, int start, int tagLength);
-    void x_Enter(Parse& parse, std::string_view name);
+    void x_Enter(Parse& parse, std::string_view name) const;
     void x_OpenElem(Parse& parse, const TokenPos& token, const NodePos& node);
     void x_EndElem(Parse& parse, const TokenPos& token, const NodePos& node);
     void x_CloseUnended(Parse& parse, int depth, int closedAt);

@@ -242,7 +242,7 @@ ElemPos& MarkupDocument::x_AddElem(Parse& parse, int start, int tagLength) {
 }
 
 /// Makes the element added last, which is called `name`, the innermost open one.
-void MarkupDocument::x_Enter(Parse& parse, std::string_view name) {
+void MarkupDocument::x_Enter(Parse& parse, std::string_view name) const {
     parse.current = freePos_ - 1;
     parse.tags.push(parse.current, name);
 }

@@ -16,6 +16,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -53,7 +54,7 @@ bool isHit(const char* kind) {
     if (!isInMain || std::strcmp(kind, kindHit) != 0) {
         return false;
     }
-    const long call = ++report->calls;
+    const long call = std::atomic_ref(report->calls).fetch_add(1) + 1;
     const bool isHit = call >= first && call <= last && (error != EINTR || call % 2 != 0);
     errno = isHit ? error : errno;
     return isHit;
@@ -65,7 +66,7 @@ Function* next(const char* name, Function*) {
 }
 
 void* counted(void* block) {
-    report->blocks += block != nullptr ? 1 : 0;
+    std::atomic_ref(report->blocks) += block != nullptr ? 1 : 0;
     return block;
 }
 
@@ -155,7 +156,7 @@ void* realloc(void* block, std::size_t size) {
 }
 
 void free(void* block) {
-    report->blocks -= block != nullptr ? 1 : 0;
+    std::atomic_ref(report->blocks) -= block != nullptr ? 1 : 0;
     __libc_free(block);
 }
 

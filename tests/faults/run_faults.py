@@ -22,7 +22,7 @@ def encoded(text, name, codec):
 
 
 FILES = {
-    "utf8.xml": SMALL.encode(), "latin.xml": encoded(SMALL, "ISO-8859-1", "latin-1"),
+    "small.xml": SAMPLE.encode(), "utf8.xml": SMALL.encode(), "latin.xml": encoded(SMALL, "ISO-8859-1", "latin-1"),
     "utf16.xml": b"\xff\xfe" + encoded(SMALL, "UTF-16", "utf-16-le"),
     "d/1": b"one" * 1000, "d/2@": b"", "d/3": b"", "d/4": b"four" * 1000,
 }
@@ -32,6 +32,7 @@ RUNS = [
     ("eqconvert utf8.xml utf16.xml", None, "alloc"),
     ("eqconvert utf8.xml latin.xml utf16.xml", None, EACH),
     ("eqconvert utf8.xml latin.xml", "/dev/full", "alloc write"),
+    ("eqconvert" + " small.xml" * 16, None, "alloc open read close"),  # a thread prepares some of them
     ("vekcat d/*::multi:basic d/*::buffer:1 d/*::bmulti:1 d/1::memory d/1::fstream d/1::basic "
      "-::buffer:1", None, "alloc open list read seek close write"),
     ("vekcat missing* d/1::missing missing::basic", None, "alloc"),

@@ -1,0 +1,43 @@
+#include "converter/DataSection.h"
+
+#include <cstdlib>
+
+#include "converter/ElementText.h"
+#include "converter/TdiConfiguration.h"
+
+namespace {
+
+/// Enters the section, and hands the document on to the reading of its first field.
+MarkupDocument& entered(MarkupDocument& document) {
+    document.FindElem("DATA");
+    document.IntoElem();
+    return document;
+}
+
+}  // namespace
+
+DataSection::DataSection(MarkupDocument& document)
+    : document_(entered(document)),
+      bandId_(static_cast<std::uint8_t>(toInteger(findElementText(document, "BAND_ID")))),
+      epsilon_(std::strtod(findElementText(document, "EPSILON").c_str(), nullptr)),
+      nucTableId_(static_cast<std::int16_t>(toInteger(findElementText(document, "NUC_TABLE_ID")))) {
+}
+
+bool DataSection::convert(RecordWriter& record, Diagnostics& diagnostics,
+                          CoefficientTable& table) const {
+    std::uint8_t count = 0;  // modulo 256, as the record's field
+    document_.SavePos("");
+    while (document_.FindElem("COEFFICIENTS_LIST")) {
+        ++count;
+    }
+    document_.RestorePos("");
+    diagnostics.say("num_tdi_configs=", count, "\n");
+    record.raw(count);  // 12
+    while (document_.FindElem("COEFFICIENTS_LIST")) {
+        TdiConfiguration configuration(document_, record, diagnostics, table);
+        if (!configuration.convert(bandId_, epsilon_)) {
+            return false;
+        }
+    }
+    return true;
+}

@@ -1,0 +1,104 @@
+#include "converter/FileQueue.h"
+
+#include <sys/stat.h>
+
+#include <new>
+#include <system_error>
+
+#include "converter/Processors.h"
+
+namespace {
+
+// From here on a thread costs less than it saves.
+constexpr int leastFiles = 16;
+// More of larger ones would take a lot of memory.
+constexpr off_t largestAhead = 1 << 16;
+
+/// Whether the file may be read before its turn: a pipe's other end might see the difference.
+bool isSmallFile(const char* path) {
+    struct stat status {};
+    return ::stat(path, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= largestAhead;
+}
+
+}  // namespace
+
+FileQueue::FileQueue(int fileCount, const char* const* paths, CoefficientTable& table)
+    : fileCount_(fileCount), paths_(paths), table_(table) {
+    if (fileCount < leastFiles || !processors::areSeveral()) {
+        return;
+    }
+    claimed_ = 1;  // the first file's header is written, so that it can't be prepared
+    slots_.front().isDone = true;
+    try {
+        thread_ = std::thread(&FileQueue::prepareAll, this);
+    } catch (const std::system_error&) {  // the caller does it all then
+    } catch (const std::bad_alloc&) {
+    }
+}
+
+FileQueue::~FileQueue() {
+    if (thread_.joinable()) {
+        {
+            const std::lock_guard lock(access_);
+            isEnding_ = true;
+        }
+        changed_.notify_all();
+        thread_.join();
+    }
+}
+
+PreparedFile& FileQueue::next() {
+    if (!thread_.joinable()) {
+        return slots_.front().file.emplace();
+    }
+    std::unique_lock lock(access_);
+    const bool wasFull = claimed_ == current_ + slotCount;
+    Slot& slot = slotOf(++current_);
+    if (wasFull) {
+        changed_.notify_all();
+    }
+    if (claimed_ == current_) {
+        ++claimed_;
+        slot.file.reset();
+        slot.isDone = true;
+    }
+    while (!slot.isDone) {
+        if (mayClaim()) {
+            prepareNext(lock, table_);
+        } else {
+            changed_.wait(lock);
+        }
+    }
+    return slot.file ? *slot.file : slot.file.emplace();
+}
+
+/// Claims the next file and prepares it, unlocked, where that is possible.
+void FileQueue::prepareNext(std::unique_lock<std::mutex>& lock, CoefficientTable& table) {
+    const char* const path = paths_[claimed_];
+    Slot& slot = slotOf(claimed_++);
+    slot.isDone = false;
+    lock.unlock();
+    try {
+        slot.file.emplace();
+        if (isSmallFile(path)) {
+            slot.file->prepare(path, table);
+        }
+    } catch (const std::bad_alloc&) {  // there may be enough when it is its turn
+        slot.file.reset();
+    }
+    lock.lock();
+    slot.isDone = true;
+}
+
+void FileQueue::prepareAll() {
+    CoefficientTable table;
+    std::unique_lock lock(access_);
+    while (!isEnding_ && claimed_ < fileCount_) {
+        if (mayClaim()) {
+            prepareNext(lock, table);
+            changed_.notify_all();
+        } else {
+            changed_.wait(lock);
+        }
+    }
+}

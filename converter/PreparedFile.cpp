@@ -1,0 +1,45 @@
+#include "converter/PreparedFile.h"
+
+#include "base/Exception.h"
+#include "converter/DataSection.h"
+
+namespace {
+
+// Files of a few hundred bytes may ask for megabytes of missing values.
+constexpr std::size_t mostKept = std::size_t{1} << 18;
+
+}  // namespace
+
+void PreparedFile::prepare(const char* path, CoefficientTable& table) {
+    try {
+        isPrepared_ = convert(path, table);
+    } catch (const vek::StdError&) {  // the record grew too long
+    }
+    if (!isPrepared_) {
+        document_.emplace();
+    }
+}
+
+/// Loads and converts; false when the file can't be loaded well.
+bool PreparedFile::convert(const char* path, CoefficientTable& table) {
+    constexpr const char* start = "start";
+    if (!document_->Load(path)) {
+        return false;
+    }
+    RecordWriter record(record_, mostKept);
+    record.setFill('0');  // as from field 10 on
+    Diagnostics diagnostics(messages_);
+    document_->SavePos(start);
+    document_->FindElem();
+    document_->IntoElem();
+    result_ = DataSection(*document_).convert(record, diagnostics, table);
+    record.flush();
+    document_->RestorePos(start);
+    return true;
+}
+
+bool PreparedFile::replay(RecordWriter& record, Diagnostics& diagnostics) const {
+    diagnostics.sayAll(messages_);
+    record.text(record_);
+    return result_;
+}
