@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "converter/Message.h"
+#include "converter/MessageThread.h"
 
 /// Messages in the order in which they were said, to be written later.
 class KeptMessages {
@@ -45,9 +47,14 @@ class Diagnostics {
     /// Writes all of these messages.
     void sayAll(const KeptMessages& messages);
 
+    /// Has messages written by a thread from here on, where that is possible: for when they come
+    /// faster than the system takes them. The destructor waits for the last.
+    void useThread();
+
   private:
     void put(std::string_view message);
 
     int descriptor_ = -1;
     KeptMessages* kept_ = nullptr;  ///< in place of the descriptor
+    std::unique_ptr<MessageThread> thread_;
 };

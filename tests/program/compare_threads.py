@@ -5,25 +5,34 @@ usage: compare_threads.py PROGRAM
 """
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
 
 SAMPLE = (pathlib.Path(__file__).resolve().parents[2] / "samples/EQ_B4.xml").read_text()
+LIST = re.search("(?s)    <COEFFICIENTS_LIST.*</COEFFICIENTS_LIST>\n", SAMPLE)[0]
 GAP = ("<COEFFICIENTS detector_id='3'><NB_OF_PIXELS>30000</NB_OF_PIXELS><ON_BOARD_EQUALIZATION>"
        "<APPLICABILITY_DATE/></ON_BOARD_EQUALIZATION></COEFFICIENTS>")  # megabytes of missing values
+# A hundred thousand elements, each with little text: lines of progress by a thread.
+DENSE = SAMPLE.replace(LIST, re.sub("(?<=>)(1|0|5|1.5) .*?<", r"\1<", LIST.replace(">3<", ">1<")) * 8000)
 FILES = {
     "good.xml": SAMPLE, "ill.xml": SAMPLE.replace("<EPS", "</X><EPS"), "short.xml": SAMPLE.replace(">1 2 3<", ">1 2<"),
     "large.xml": SAMPLE.replace("<DATA>", "<DATA>" + "<X/>" * 20_000), "other.xml": SAMPLE.replace(">7<", ">8<"),
-    "gap.xml": SAMPLE.replace("</COEFFICIENTS_LIST>", GAP + "</COEFFICIENTS_LIST>"), "empty.xml": "", "marked.xml": "\ufeff" + SAMPLE, "table.xml": SAMPLE.replace("TEST_EQ", "REST_EQ"),
+    "gap.xml": SAMPLE.replace("</COEFFICIENTS_LIST>", GAP + "</COEFFICIENTS_LIST>"), "empty.xml": "",
+    "marked.xml": "\ufeff" + SAMPLE, "table.xml": SAMPLE.replace("TEST_EQ", "REST_EQ"),
+    "dense.xml": DENSE, "wrong.xml": "<COEFF_D>1 ".join(DENSE.rsplit("<COEFF_D>", 1)),
+    "long.xml": DENSE.replace("COEFFICIENTS_LIST", "COEFFICIENTS_LIST tdi_config='" + "x" * 50 + "'", 1),
 }
 GOOD = ["good.xml"] * 15
 MANY = GOOD + ["marked.xml", "large.xml", "good.xml", "ill.xml"] * 9 + ["gap.xml"]
 # Arguments, the least number of lines of progress, and the exit status.
 CASES = [
+    (["dense.xml"], 64_000, 0), (["wrong.xml"], 63_000, 255), (["long.xml", "dense.xml"], 128_000, 0),
     (MANY, 400, 0), (MANY + ["table.xml"] + GOOD, 530, 0), (MANY + ["other.xml"] + GOOD, 400, 255),
     (MANY + ["short.xml"] + GOOD, 400, 255), (GOOD + ["missing.xml"] + GOOD, 120, 255),
     (GOOD + ["empty.xml"] + GOOD, 120, 255), (["missing.xml"] + MANY, 0, -6),
+    (MANY * 8 + ["dense.xml"] + MANY, 67_000, 0),
 ]
 
 
