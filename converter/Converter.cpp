@@ -14,9 +14,6 @@ int Converter::run(int fileCount, const char* const* paths) {
     return 0;
 }
 
-// Elements are found forward only, and whether they are there is not asked: a missing one reads as
-// 0, and the moves that follow are made all the same. That some damaged files then read as other
-// parts of themselves is required.
 bool Converter::convertFile(int fileCount, const char* path, PreparedFile& file) {
     header_.init(path, fileCount, file.document(), fileType_);
     const DataSection data(file.document());

@@ -7,6 +7,8 @@
 
 namespace {
 
+const PathPos coefficientsList = PathPos::parsed("COEFFICIENTS_LIST");
+
 /// Enters the section, and hands the document on to the reading of its first field.
 MarkupDocument& entered(MarkupDocument& document) {
     document.FindElem("DATA");
@@ -25,6 +27,9 @@ bool isDense(const MarkupDocument& document) {
 
 }  // namespace
 
+// Elements are found forward only, and whether they are there is not asked: a missing one reads as
+// 0, and the moves that follow are made all the same. That some damaged files then read as other
+// parts of themselves is required.
 DataSection::DataSection(MarkupDocument& document)
     : document_(entered(document)),
       bandId_(static_cast<std::uint8_t>(toInteger(findElementText(document, "BAND_ID")))),
@@ -39,13 +44,13 @@ bool DataSection::convert(RecordWriter& record, Diagnostics& diagnostics,
     }
     std::uint8_t count = 0;  // modulo 256, as the record's field
     document_.SavePos("");
-    while (document_.FindElem("COEFFICIENTS_LIST")) {
+    while (document_.FindElem(coefficientsList)) {
         ++count;
     }
     document_.RestorePos("");
     diagnostics.say("num_tdi_configs=", count, "\n");
     record.raw(count);  // 12
-    while (document_.FindElem("COEFFICIENTS_LIST")) {
+    while (document_.FindElem(coefficientsList)) {
         TdiConfiguration configuration(document_, record, diagnostics, table);
         if (!configuration.convert(bandId_, epsilon_)) {
             return false;
