@@ -25,8 +25,13 @@ bool Converter::convertFile(int fileCount, const char* path, PreparedFile& file)
     record_.setFill('0');
     record_.number(static_cast<std::size_t>(name.length()));  // 10
     record_.text(name.view());                                // 11
-    return file.isPrepared() ? file.replay(record_, diagnostics_)
-                             : data.convert(record_, diagnostics_, table_);
+    const bool isConverted = file.isPrepared() ? file.replay(record_, diagnostics_)
+                                               : data.convert(record_, diagnostics_, table_);
+    if (isConverted && !file.document().x_IsTextIntact()) {
+        diagnostics_.say("file ", path, " was changed while it was in use\n");
+        return false;
+    }
+    return isConverted;
 }
 
 /// Compares a file's NUC table identifier with the first file's. "None known" is encoded as a

@@ -1,11 +1,11 @@
 #include "converter/MessageThread.h"
 
-#include <sched.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <linux/close_range.h>
 
 #include "converter/Message.h"
 
@@ -82,8 +82,12 @@ MessageThread::Count MessageThread::awaitAdded(Count written) const {
 }
 
 void MessageThread::run() {
-    // With a table of its own the system need not guard the descriptor in each call. It may refuse.
-    static_cast<void>(::unshare(CLONE_FILES));
+    // With a table of its own the system need not guard the descriptor in each call; nothing else
+    // is to stay open for that. It may refuse.
+    const auto own = static_cast<unsigned>(descriptor_);
+    if (::close_range(own + 1, ~0U, CLOSE_RANGE_UNSHARE) == 0 && own > 0) {
+        ::close_range(0, own - 1, 0);
+    }
     for (Count written = 0;;) {
         const Count added = awaitAdded(written);
         const Count stop = written + std::min(added - written, messagesAtATime);

@@ -154,7 +154,7 @@ void MarkupDocument::x_AppendResults(const std::string& results) {
 /// effect: text makes no records, and what is not found to be plain may well be so.
 void MarkupDocument::x_ParsePlain(Parse& parse, TokenPos& token) {
     const std::string_view text = docText_.view();
-    const auto start = static_cast<std::size_t>(token.next);
+    const std::size_t start = token.position();
     TagScan scan(text, start);
     std::size_t open = scan.findOpening(start);
     while (text.size() - open >= plainRoom) {

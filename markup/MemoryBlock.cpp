@@ -79,6 +79,7 @@ MemoryBlock MemoryBlock::ofFile(int file, std::size_t size) noexcept {
         static_cast<std::size_t>(status.st_size) != size) {
         return {};
     }
+    block.changed_ = status.st_mtim;
     block.data_ = map(size, block.file_);
     block.isMapped_ = block.data_ != nullptr;
     block.size_ = block.isMapped_ ? size : 0;
@@ -96,8 +97,17 @@ MemoryBlock::~MemoryBlock() {
         std::free(data_);
     }
     if (file_ >= 0) {
+        // The descriptor may have been copied meanwhile; the lease ends all the same.
+        ::fcntl(file_, F_SETLEASE, F_UNLCK);
         ::close(file_);
     }
+}
+
+bool MemoryBlock::isIntact() const {
+    struct stat status {};
+    return !isFile() ||
+           (::fstat(file_, &status) == 0 && static_cast<std::size_t>(status.st_size) == size_ &&
+            status.st_mtim.tv_sec == changed_.tv_sec && status.st_mtim.tv_nsec == changed_.tv_nsec);
 }
 
 void MemoryBlock::discard(const char* end) {

@@ -59,7 +59,7 @@ void TextBuffer::assign(std::string_view text) {
 void TextBuffer::clear() noexcept {
     size_ = 0;
     MemoryBlock given = std::move(block_);
-    if (given.isMapped() && !given.isFile() && given.size() <= mostKept) {
+    if (given.isMapped() && !given.isFile() && given.size() != 0 && given.size() <= mostKept) {
         exchangeSpare(std::move(given));
     }
 }

@@ -22,6 +22,8 @@ class TextBuffer {
     char* data() { return block_.data(); }
     std::size_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
+    /// False when the text is that of a file which was changed since.
+    bool isIntact() const { return block_.isIntact(); }
 
     /// The block that the text lies in, from its first byte on.
     MemoryBlock& block() { return block_; }

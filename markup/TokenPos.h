@@ -56,6 +56,9 @@ class TokenPos {
     std::string_view token() const;
     std::string GetTokenText() const { return std::string(token()); }
 
+    /// `next`, or the end of the text when it lies outside.
+    std::size_t position() const;
+
     int left = 0;    ///< offset of the first byte of the current token
     int right = -1;  ///< offset of its last byte; left - 1 for an empty token
     int next = 0;    ///< where scanning goes on
@@ -64,8 +67,6 @@ class TokenPos {
     int priorName = 0;
 
   private:
-    /// `next`, or the end of the text when it lies outside.
-    std::size_t position() const;
     bool x_NextAttribToken(bool afterEqual);
     void x_SetToken(std::size_t first, std::size_t end);
     void x_SetEmptyToken() {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -307,10 +308,20 @@ TEST(LoadMapped, HoldsWritersUpUntilTheTextIsGone) {
     const int during = open(path.c_str(), O_RDWR | O_TRUNC | O_NONBLOCK);
     const bool isHeldUp = during < 0 && errno == EWOULDBLOCK;
     EXPECT_TRUE(isHeldUp || doc.GetDoc() == text);
+    EXPECT_TRUE(doc.x_IsTextIntact());
+    EXPECT_EQ(utimensat(AT_FDCWD, path.c_str(), nullptr, 0), 0);
+    EXPECT_EQ(doc.x_IsTextIntact(), !isHeldUp);
+    // Also when somebody else has got a copy of the descriptor meanwhile.
+    const pid_t other = fork();
+    if (other == 0) {
+        pause();
+    }
     doc.SetDoc("<b/>");
     const int after = open(path.c_str(), O_RDWR | O_NONBLOCK);
     EXPECT_GE(after, 0);
     EXPECT_EQ(doc.GetDoc(), "<b/>");
+    kill(other, SIGKILL);
+    waitpid(other, nullptr, 0);
     close(during);
     close(after);
     // A file that is open for writing is read.
