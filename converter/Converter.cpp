@@ -15,6 +15,7 @@ int Converter::run(int fileCount, const char* const* paths) {
 }
 
 bool Converter::convertFile(int fileCount, const char* path, PreparedFile& file) {
+    diagnostics_.endThread();  // that the file before may have needed
     header_.init(path, fileCount, file.document(), fileType_);
     const DataSection data(file.document());
     if (!checkNucTable(data.nucTableId(), path)) {

@@ -1,13 +1,27 @@
 #include "converter/Diagnostics.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <new>
 #include <system_error>
 
 #include "converter/Processors.h"
 
+namespace {
+
+bool isSameFile(int descriptor, int other) {
+    struct stat status {};
+    struct stat otherStatus {};
+    return ::fstat(descriptor, &status) == 0 && ::fstat(other, &otherStatus) == 0 &&
+           status.st_dev == otherStatus.st_dev && status.st_ino == otherStatus.st_ino;
+}
+
+}  // namespace
+
 void Diagnostics::put(std::string_view message) {
     if (kept_ != nullptr) {
-        kept_->add(message);
+        kept_->add(message, record_->size());
         return;
     }
     if (thread_ && message.size() <= MessageThread::mostBytes && !message.empty()) {
@@ -20,14 +34,9 @@ void Diagnostics::put(std::string_view message) {
     writeMessage(descriptor_, message);
 }
 
-void Diagnostics::sayAll(const KeptMessages& messages) {
-    for (std::size_t n = 0; n < messages.count(); ++n) {
-        put(messages.at(n));
-    }
-}
-
 void Diagnostics::useThread() {
-    if (kept_ != nullptr || thread_ || !processors::areSeveral()) {
+    if (kept_ != nullptr || thread_ || !processors::areSeveral() ||
+        isSameFile(descriptor_, STDOUT_FILENO)) {
         return;
     }
     try {

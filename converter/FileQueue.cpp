@@ -1,8 +1,12 @@
 #include "converter/FileQueue.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <new>
+#include <string_view>
 #include <system_error>
 
 #include "converter/Processors.h"
@@ -20,11 +24,26 @@ bool isSmallFile(const char* path) {
     return ::stat(path, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= largestAhead;
 }
 
+/// Whether a path may lead to what another thread has just opened.
+bool namesDescriptor(std::string_view path) {
+    return path.starts_with("/dev/") || path.starts_with("/proc/");
+}
+
+/// Whether files can be opened in any order, as files opened meanwhile don't take the place of the
+/// standard streams.
+bool areIndependent(int fileCount, const char* const* paths) {
+    bool hasStreams = true;
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        hasStreams = hasStreams && ::fcntl(stream, F_GETFD) >= 0;
+    }
+    return hasStreams && std::none_of(paths, paths + fileCount, namesDescriptor);
+}
+
 }  // namespace
 
 FileQueue::FileQueue(int fileCount, const char* const* paths, CoefficientTable& table)
     : fileCount_(fileCount), paths_(paths), table_(table) {
-    if (fileCount < leastFiles || !processors::areSeveral()) {
+    if (fileCount < leastFiles || !processors::areSeveral() || !areIndependent(fileCount, paths)) {
         return;
     }
     claimed_ = 1;  // the first file's header is written, so that it can't be prepared

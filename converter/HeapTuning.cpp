@@ -3,6 +3,7 @@
 #include <malloc.h>
 #include <sys/mman.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -18,6 +19,8 @@ constexpr std::size_t hugePage = std::size_t{1} << 21;
 void keepFreedMemory() {
     ::mallopt(M_MMAP_THRESHOLD, 32 << 20);  // the largest that malloc accepts
     ::mallopt(M_TRIM_THRESHOLD, -1);
+    // A second thread's own would take 64 MB of address space, of which there may be little.
+    ::mallopt(M_ARENA_MAX, 1);
 }
 
 // The C library can be told to use huge pages, but only by an environment variable. So its heap is
@@ -25,10 +28,11 @@ void keepFreedMemory() {
 // there, and what was cut off is what malloc hands out from then on. The block itself is never
 // touched and hence takes no memory; it is not freed, or it would be handed out first.
 void useHugePage() {
-    static char* untouched = nullptr;
-    if (untouched != nullptr) {
+    static std::atomic_flag isDone;
+    if (isDone.test_and_set()) {
         return;
     }
+    static char* untouched = nullptr;
     untouched = static_cast<char*>(std::malloc(2 * hugePage));
     if (untouched == nullptr) {
         return;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <linux/close_range.h>
 
@@ -39,9 +40,20 @@ class Patience {
 
 }  // namespace
 
+MessageThread::MessageThread(int descriptor) : descriptor_(descriptor) {
+    running_ = this;
+}
+
 MessageThread::~MessageThread() {
     fill({});
     thread_.join();
+    running_ = nullptr;
+}
+
+void MessageThread::drainRunning() {
+    if (MessageThread* const running = running_; running != nullptr) {
+        running->drain();
+    }
 }
 
 void MessageThread::add(std::string_view message) {
@@ -106,7 +118,8 @@ void MessageThread::run() {
 /// cancelled.
 void MessageThread::write(std::string_view message) const {
     const long written = ::syscall(SYS_write, descriptor_, message.data(), message.size());
-    if (written != static_cast<long>(message.size())) {
+    const bool isCutOff = written >= 0 && written < static_cast<long>(message.size());
+    if (isCutOff || (written < 0 && errno == EINTR)) {
         writeMessage(descriptor_, message.substr(static_cast<std::size_t>(std::max(written, 0L))));
     }
 }

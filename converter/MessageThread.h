@@ -7,8 +7,8 @@
 #include <thread>
 
 /// Writes short messages from a thread of its own, each in one system call and in their order; at
-/// once while they come one after another, within milliseconds otherwise. To be used from one
-/// thread.
+/// once while they come one after another, within milliseconds otherwise. There may be one at a
+/// time, to be used from one thread.
 class MessageThread {
   public:
     /// How long a message may be.
@@ -16,7 +16,7 @@ class MessageThread {
 
     /// The descriptor is not owned and stays open. Throws std::system_error or std::bad_alloc when
     /// there is no thread to be had.
-    explicit MessageThread(int descriptor) : descriptor_(descriptor) {}
+    explicit MessageThread(int descriptor);
     MessageThread(const MessageThread&) = delete;
     MessageThread& operator=(const MessageThread&) = delete;
     /// Waits until every message is written.
@@ -27,6 +27,8 @@ class MessageThread {
     void add(std::string_view message);
     /// Waits until every message is written.
     void drain() { awaitWritten(0); }
+    /// The same for the one that there is, if any; also from a signal handler.
+    static void drainRunning();
 
   private:
     using Count = std::uint32_t;  // may wrap around
@@ -43,6 +45,8 @@ class MessageThread {
     Count awaitAdded(Count written) const;
     void run();
     void write(std::string_view message) const;
+
+    inline static std::atomic<MessageThread*> running_ = nullptr;
 
     int descriptor_;
     Count knownWritten_ = 0;             ///< at least so many are written

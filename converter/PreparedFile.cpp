@@ -28,7 +28,7 @@ bool PreparedFile::convert(const char* path, CoefficientTable& table) {
     }
     RecordWriter record(record_, mostKept);
     record.setFill('0');  // as from field 10 on
-    Diagnostics diagnostics(messages_);
+    Diagnostics diagnostics(messages_, record);
     document_->SavePos(start);
     document_->FindElem();
     document_->IntoElem();
@@ -39,7 +39,21 @@ bool PreparedFile::convert(const char* path, CoefficientTable& table) {
 }
 
 bool PreparedFile::replay(RecordWriter& record, Diagnostics& diagnostics) const {
-    diagnostics.sayAll(messages_);
-    record.text(record_);
+    std::size_t size = 0;
+    for (std::size_t n = 0; n < messages_.count(); ++n) {
+        writeRecord(record, size, messages_.recordSizeAt(n));
+        size = messages_.recordSizeAt(n);
+        diagnostics.say(messages_.at(n));
+    }
+    writeRecord(record, size, record_.size());
     return result_;
+}
+
+/// Writes bytes `start` to `end`, in pieces that are not too long to be buffered.
+void PreparedFile::writeRecord(RecordWriter& record, std::size_t start, std::size_t end) const {
+    constexpr std::size_t mostBytes = 4096;
+    const std::string_view bytes = std::string_view(record_).substr(0, end);
+    for (; start < end; start += mostBytes) {
+        record.text(bytes.substr(start, mostBytes));
+    }
 }

@@ -24,11 +24,13 @@ class PreparedFile {
 
     /// True when the configurations have been converted.
     bool isPrepared() const { return isPrepared_; }
-    /// Writes what the configurations gave, and returns what `DataSection::convert` returned.
+    /// Writes what the configurations gave, as they gave it, and returns what
+    /// `DataSection::convert` returned.
     bool replay(RecordWriter& record, Diagnostics& diagnostics) const;
 
   private:
     bool convert(const char* path, CoefficientTable& table);
+    void writeRecord(RecordWriter& record, std::size_t start, std::size_t end) const;
 
     std::optional<MarkupDocument> document_{std::in_place};
     bool isPrepared_ = false;

@@ -19,15 +19,22 @@ void RecordWriter::bytes(const void* data, std::size_t size) {
     if (size == 0) {
         return;
     }
-    if (size > bufferSize - used_) {
-        flush();
-    }
+    const char* bytes = static_cast<const char*>(data);
     if (size >= directSize) {
         flush();
-        write(static_cast<const char*>(data), size);
+        write(bytes, size);
         return;
     }
-    std::memcpy(buffer_.data() + used_, data, size);
+    const std::size_t room = bufferSize - used_;
+    if (size > room) {
+        // Filled to its end: what is written when must not depend on how the bytes come.
+        std::memcpy(buffer_.data() + used_, bytes, room);
+        used_ = bufferSize;
+        flush();
+        bytes += room;
+        size -= room;
+    }
+    std::memcpy(buffer_.data() + used_, bytes, size);
     used_ += size;
 }
 

@@ -34,6 +34,9 @@ class RecordWriter {
     /// The bytes of `count` values.
     void doubles(const double* values, std::size_t count) { bytes(values, count * sizeof(double)); }
 
+    /// Bytes that a target string has and will have once they are flushed.
+    std::size_t size() const { return (target_ != nullptr ? target_->size() : 0) + used_; }
+
     /// Hands everything buffered to the system. What is not flushed is lost with the object.
     void flush();
 

@@ -6,6 +6,7 @@ usage: compare_threads.py PROGRAM
 import os
 import pathlib
 import re
+import resource
 import subprocess
 import sys
 import tempfile
@@ -24,8 +25,9 @@ FILES = {
     "dense.xml": DENSE, "wrong.xml": "<COEFF_D>1 ".join(DENSE.rsplit("<COEFF_D>", 1)),
     "long.xml": DENSE.replace("COEFFICIENTS_LIST", "COEFFICIENTS_LIST tdi_config='" + "x" * 50 + "'", 1),
 }
+FILES["wide.xml"] = re.sub("(?<=>)(1|0|5|1.5) .*?<", lambda m: " ".join([m[1]] * 50) + "<", SAMPLE.replace(">3<", ">50<"))
 GOOD = ["good.xml"] * 15
-MANY = GOOD + ["marked.xml", "large.xml", "good.xml", "ill.xml"] * 9 + ["gap.xml"]
+MANY = GOOD + ["marked.xml", "large.xml", "wide.xml", "ill.xml"] * 9 + ["gap.xml"]
 # Arguments, the least number of lines of progress, and the exit status.
 CASES = [
     (["dense.xml"], 64_000, 0), (["wrong.xml"], 63_000, 255), (["long.xml", "dense.xml"], 128_000, 0),
@@ -36,10 +38,18 @@ CASES = [
 ]
 
 
+# Status and messages, then the record: where both have a pipe of their own, in one, and on a short file.
 def run(program, arguments, processors):
-    done = subprocess.run([program, *arguments], capture_output=True, timeout=60,
-                          preexec_fn=lambda: os.sched_setaffinity(0, processors))
-    return done.returncode, done.stderr, done.stdout
+    def limits():
+        os.sched_setaffinity(0, processors)
+        resource.setrlimit(resource.RLIMIT_FSIZE, (300_000, 300_000))
+
+    done = subprocess.run([program, *arguments], capture_output=True, timeout=60, preexec_fn=limits)
+    both = subprocess.run([program, *arguments], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60,
+                          preexec_fn=limits)
+    with open("record", "wb") as file:
+        short = subprocess.run([program, *arguments], stdout=file, stderr=subprocess.PIPE, timeout=60, preexec_fn=limits)
+    return done.returncode, done.stderr, done.stdout, both.stdout, short.stderr, pathlib.Path("record").read_bytes()
 
 
 def main():
