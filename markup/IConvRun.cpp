@@ -48,7 +48,7 @@ bool IConvRun::x_Step() {
     const std::size_t bytesBefore = bytes_;
     std::size_t pieceLeft = piece;
     x_Call(&input_, &pieceLeft);
-    const bool full = error_ == E2BIG && !counting_ && !x_CallByScratch(&pieceLeft);
+    const bool full = error_ == E2BIG && !counting_ && !x_CallByScratch(&input_, &pieceLeft);
     const bool progress = !full && (pieceLeft < piece || bytes_ > bytesBefore);
     inputLeft_ -= piece - pieceLeft;
     switch (error_) {
@@ -71,12 +71,12 @@ bool IConvRun::x_Step() {
 // Calls again through the scratch buffer when the target is nearly full: some converters (to
 // EUC-JP, for one) want more room than the character takes, or before they find that there is none.
 // False, with nothing written, when the target really is full.
-bool IConvRun::x_CallByScratch(std::size_t* inputLeft) {
+bool IConvRun::x_CallByScratch(char** input, std::size_t* inputLeft) {
     const std::span<char> target(output_, room_);
     const std::size_t bytesBefore = bytes_;
     output_ = scratch_.data();
     room_ = std::min(target.size() + leastScratchRoom, scratch_.size());
-    x_Call(&input_, inputLeft);
+    x_Call(input, inputLeft);
     const std::size_t produced = bytes_ - bytesBefore;
     const bool fits = produced <= target.size();
     const std::size_t taken = fits ? produced : 0;
@@ -95,6 +95,9 @@ bool IConvRun::x_ReplaceUnit() {
     input_ += skipped;
     inputLeft_ -= skipped;
     x_Call(nullptr, nullptr);
+    if (error_ == E2BIG && !counting_) {
+        x_CallByScratch(nullptr, nullptr);
+    }
     if (error_ == E2BIG || room_ < units_.target) {
         error_ = E2BIG;
         return false;

@@ -50,7 +50,7 @@ class IConvRun {
 
   private:
     bool x_Step();
-    bool x_CallByScratch(std::size_t* inputLeft);
+    bool x_CallByScratch(char** input, std::size_t* inputLeft);
     bool x_ReplaceUnit();
     void x_Call(char** input, std::size_t* inputLeft);
     void x_RestartScratch();
