@@ -65,7 +65,7 @@ class Diagnostics {
     void put(std::string_view message);
 
     int descriptor_ = -1;
-    KeptMessages* kept_ = nullptr;  ///< in place of the descriptor
-    const RecordWriter* record_ = nullptr;
+    KeptMessages* kept_ = nullptr;          ///< in place of the descriptor
+    const RecordWriter* record_ = nullptr;  ///< whose size is kept with each message
     std::unique_ptr<MessageThread> thread_;
 };

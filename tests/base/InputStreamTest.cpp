@@ -11,6 +11,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <map>
@@ -151,9 +152,12 @@ std::string World::run(const std::string& operation, const A& arguments) try {
     errno = 0;
     return operations.at(operation)(*this, arguments);
 } catch (const vek::StdError& error) {
-    const std::string message = std::string(error.title()) + ": " + error.msg().c_str();
-    const bool leftErrno = errno != 0 && message.ends_with("open failed");
-    return std::to_string(error.code()) + " " + message + (leftErrno ? " errno" : "");
+    const bool leftErrno = errno != 0;
+    const std::string message = error.msg().c_str();
+    // By its name: the system's text for it is long, and only has to be the one.
+    const bool hasText = std::strcmp(error.title(), std::strerror(error.code())) == 0;
+    return strerrorname_np(error.code()) + std::string(hasText ? "" : error.title()) + ": " +
+           message + (leftErrno && message.ends_with("open failed") ? " errno" : "");
 }
 
 void runScript(const char* name) {
