@@ -16,8 +16,10 @@ void ElemPosTree::GrowElemPosTree(int newSize) {
     const int usedInLast = size_ - static_cast<int>(last << pageBits);
     if (target >= pages_.capacity()) {
         pages_.reserve(target * 2 + 4);
+        records_.reserve(pages_.capacity());
     }
     pages_.resize(std::max(pages_.size(), target + 1));
+    records_.resize(pages_.size());
     if (target > last && usedInLast < pageRecords) {
         replacePage(last, usedInLast, pageRecords);
     }
@@ -28,6 +30,7 @@ void ElemPosTree::GrowElemPosTree(int newSize) {
 
 void ElemPosTree::Clear() {
     std::vector<MemoryBlock>().swap(pages_);
+    std::vector<ElemPos*>().swap(records_);
     size_ = 0;
 }
 
@@ -38,4 +41,5 @@ void ElemPosTree::replacePage(std::size_t index, int keep, int count) {
                       isSure ? MemoryBlock::HugePages : MemoryBlock::UsualPages);
     std::copy_n(records(index), keep, reinterpret_cast<ElemPos*>(fresh.data()));
     pages_[index] = std::move(fresh);
+    records_[index] = reinterpret_cast<ElemPos*>(pages_[index].data());
 }

@@ -34,12 +34,11 @@ class ElemPosTree {
     static std::size_t slot(int index) {
         return static_cast<std::size_t>(index) & (pageRecords - 1);
     }
-    ElemPos* records(std::size_t page) const {
-        return reinterpret_cast<ElemPos*>(pages_[page].data());
-    }
+    ElemPos* records(std::size_t page) const { return records_[page]; }
     void replacePage(std::size_t index, int keep, int count);
 
     std::vector<MemoryBlock> pages_;
+    std::vector<ElemPos*> records_;  ///< where each page begins
     int size_ = 0;
     bool isFullExpected_ = false;
 };

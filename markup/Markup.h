@@ -13,7 +13,6 @@
 #include "markup/TokenPos.h"
 
 class OpenTagStack;
-class TagScan;
 
 /// An XML document: its text as one UTF-8 string and, for each element, one record of where it lies
 /// in the text. A document is read by moving a current position over the records and cutting names,
@@ -224,14 +223,15 @@ class MarkupDocument {
     void x_ResetRecords();
     void x_AppendResults(const std::string& results);
     void x_ParsePlain(Parse& parse, TokenPos& token);
-    std::size_t x_ParsePlainEnd(Parse& parse, TagScan& scan, std::size_t open);
-    std::size_t x_ParsePlainStart(Parse& parse, TagScan& scan, std::size_t open);
+    std::size_t x_ParsePlainEnd(Parse& parse, const std::uint32_t* marks);
+    std::size_t x_ParsePlainStart(Parse& parse, const std::uint32_t* marks);
     ElemPos& x_AddElem(Parse& parse, int start, int tagLength);
     void x_Enter(Parse& parse, std::string_view name) const;
     void x_OpenElem(Parse& parse, const TokenPos& token, const NodePos& node);
     void x_EndElem(Parse& parse, const TokenPos& token, const NodePos& node);
     void x_CloseUnended(Parse& parse, int depth, int closedAt);
-    void x_LinkLastChild(int parent, int pos, ElemPos& elem);
+    int x_LastChild(int pos) const;
+    void x_LinkLastChild(Parse& parse, int pos, ElemPos& elem);
     void x_LiftChildren(int pos, int parent);
 
     void x_SetPos(int parent, int main, int child);

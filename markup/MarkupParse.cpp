@@ -6,7 +6,7 @@
 #include "markup/Markup.h"
 #include "markup/OpenTagStack.h"
 #include "markup/ResultLog.h"
-#include "markup/TagScan.h"
+#include "markup/TagMarks.h"
 #include "markup/TextScan.h"
 
 /// What one run of x_ParseElem keeps beside the document.
@@ -14,7 +14,9 @@ struct MarkupDocument::Parse {
     OpenTagStack tags;
     int parent;     ///< record under which the parse runs
     int current;    ///< innermost open element, `parent` when there is none
+    int last;       ///< last child of that, 0 when it has none
     int levelBase;  ///< level of `parent`
+    TagMarks marks;
     int first = 0;  ///< first record made
 };
 
@@ -41,11 +43,11 @@ bool isDense(std::string_view text) {
     return isDense;
 }
 
-/// Plain tags are looked for only where so many bytes follow, which is enough for the longest name
-/// that a plain one may have and whatever is read of it in blocks: nobody need ask then what is
-/// left.
+/// Plain tags are looked for only where so many bytes follow, which is enough for the longest plain
+/// one and whatever is read of it in blocks: nobody need ask then what is left.
 constexpr std::size_t plainRoom = 64;
 constexpr std::size_t mostPlainName = 2 * x_BlockSize;
+constexpr std::size_t mostInTag = 3 * x_BlockSize;
 
 /// Whether a name is of letters, digits, "_" and ":" and not too long. Requires: plainRoom bytes
 /// from the tag's "<" on.
@@ -58,6 +60,39 @@ bool isPlainName(const char* name, std::size_t length) {
     }
     return length <= mostPlainName && isPlain(0, x_BlockSize) &&
            isPlain(x_BlockSize, length - x_BlockSize);
+}
+
+/// The length of the name at the start of `inTag`, what stands in a start tag of `length` bytes and
+/// its ">", where one attribute follows it in the form name="value", the value being of the same
+/// bytes as names; 0 for anything else. Requires: length <= mostInTag; room as for isPlainName.
+std::size_t nameBeforeAttribute(const char* inTag, std::size_t length) {
+    std::uint64_t others = 0;
+    for (std::size_t i = 0; i < mostInTag; i += x_BlockSize) {
+        others |= std::uint64_t{x_NoNameBytes(inTag + i)} << i;
+    }
+    const auto nextOther = [&others] {
+        const int place = std::countr_zero(others);
+        others &= others - 1;
+        return static_cast<std::size_t>(place);
+    };
+    const std::size_t space = nextOther();
+    const std::size_t equal = nextOther();
+    const std::size_t opening = nextOther();
+    const std::size_t closing = nextOther();
+    const bool isPlain = closing + 1 == length && opening == equal + 1 && inTag[space] == ' ' &&
+                         inTag[equal] == '=' && inTag[opening] == '"' && inTag[closing] == '"' &&
+                         x_IsClass(inTag[space + 1], ClassNameStart);
+    return isPlain && space <= mostPlainName ? space : 0;
+}
+
+/// The length of the name in a plain start tag, which is that name or has one plain attribute too;
+/// 0 for any other. `inTag` are the `length` bytes between its "<" and the next mark. Requires: as
+/// for isPlainName.
+std::size_t plainTagName(const char* inTag, std::size_t length) {
+    if (length > mostInTag || inTag[length] != '>' || !x_IsClass(*inTag, ClassNameStart)) {
+        return 0;
+    }
+    return isPlainName(inTag, length) ? length : nameBeforeAttribute(inTag, length);
 }
 
 /// Whether two plain names of the same length are equal. Requires: as for isPlainName, of both.
@@ -117,7 +152,12 @@ int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
     if (!isRecord(parent)) {
         return 0;
     }
-    Parse parse{OpenTagStack(hasFlag(DocFlagIgnoreCase)), parent, parent, tree_[parent].level()};
+    Parse parse{OpenTagStack(hasFlag(DocFlagIgnoreCase)),
+                parent,
+                parent,
+                x_LastChild(parent),
+                tree_[parent].level(),
+                TagMarks(docText_.view())};
     NodePos node;
     while (true) {
         x_ParsePlain(parse, token);
@@ -154,73 +194,84 @@ void MarkupDocument::x_AppendResults(const std::string& results) {
 /// effect: text makes no records, and what is not found to be plain may well be so.
 void MarkupDocument::x_ParsePlain(Parse& parse, TokenPos& token) {
     const std::string_view text = docText_.view();
-    const std::size_t start = token.position();
-    TagScan scan(text, start);
-    std::size_t open = scan.findOpening(start);
-    while (text.size() - open >= plainRoom) {
-        const std::size_t next = text[open + 1] == '/' ? x_ParsePlainEnd(parse, scan, open)
-                                                       : x_ParsePlainStart(parse, scan, open);
-        if (next == 0) {
-            break;
+    parse.marks.seek(token.position());
+    while (true) {
+        const std::uint32_t* const marks = parse.marks.next();
+        const std::size_t open = marks[0];
+        token.next = static_cast<int>(open);
+        if (text.size() - open < plainRoom) {
+            return;
         }
-        open = scan.findOpening(next);
+        const std::size_t used = text[open] == '>'       ? 1
+                                 : text[open + 1] == '/' ? x_ParsePlainEnd(parse, marks)
+                                                         : x_ParsePlainStart(parse, marks);
+        if (used == 0) {
+            return;
+        }
+        parse.marks.skip(used);
     }
-    token.next = static_cast<int>(open);
 }
 
-/// Closes the innermost open element by the end tag whose "<" is at `open`, and returns where to
-/// look for another tag; 0 when it is not plain or not that element's.
-std::size_t MarkupDocument::x_ParsePlainEnd(Parse& parse, TagScan& scan, std::size_t open) {
-    const char* const name = docText_.view().data() + open + 2;
-    const std::size_t close = scan.findClosing(open);
-    const std::size_t length = close - open - 2;  // wraps around to a long one where there is none
-    if (!isPlainName(name, length) || parse.tags.depth() == 0 ||
-        parse.tags.top().name() != std::string_view(name, length)) {
+/// Closes the innermost open element by the end tag at the first of the next marks, and returns how
+/// many of them it has; 0 when it is not plain or not that element's.
+std::size_t MarkupDocument::x_ParsePlainEnd(Parse& parse, const std::uint32_t* marks) {
+    const std::string_view text = docText_.view();
+    const char* const name = text.data() + marks[0] + 2;
+    const std::size_t length = marks[1] - marks[0] - 2;  // wraps around where no name fits
+    if (parse.tags.depth() == 0 || parse.tags.top().name().size() != length ||
+        !isPlainName(name, length) || name[length] != '>' ||
+        !arePlainNamesEqual(name, parse.tags.top().nameStart, length)) {
         return 0;
     }
     ElemPos& elem = tree_[parse.current];
-    elem.close(static_cast<int>(close) + 1, static_cast<int>(length) + 3);
+    elem.close(static_cast<int>(marks[1]) + 1, static_cast<int>(length) + 3);
+    parse.last = parse.current;
     parse.current = elem.parent;
     parse.tags.pop();
-    return close;
+    return 2;
 }
 
-/// Adds the element of the start tag whose "<" is at `open`, also with its end tag when that is the
-/// next tag, and returns where to look for another; 0 when the start tag is not plain.
-std::size_t MarkupDocument::x_ParsePlainStart(Parse& parse, TagScan& scan, std::size_t open) {
+/// Adds the element of the start tag at the first of the next marks, also with its end tag when
+/// that is the next tag, and returns how many marks they have; 0 when the start tag is not plain.
+std::size_t MarkupDocument::x_ParsePlainStart(Parse& parse, const std::uint32_t* marks) {
     const std::string_view text = docText_.view();
-    const char* const name = text.data() + open + 1;
-    const std::size_t close = scan.findClosing(open);
-    const std::size_t length = close - open - 1;
-    if (!x_IsClass(*name, ClassNameStart) || !isPlainName(name, length)) {
+    const char* const name = text.data() + marks[0] + 1;
+    const std::size_t tagLength = marks[1] - marks[0] + 1;
+    const std::size_t length = plainTagName(name, tagLength - 2);
+    if (length == 0) {
         return 0;
     }
-    ElemPos& elem = x_AddElem(parse, static_cast<int>(open), static_cast<int>(length) + 2);
-    const std::size_t next = scan.findOpening(close);
-    const std::size_t end = next + length + 2;
-    if (text.size() - next >= plainRoom && text[next + 1] == '/' && text[end] == '>' &&
-        arePlainNamesEqual(name, text.data() + next + 2, length)) {
-        elem.close(static_cast<int>(end) + 1, static_cast<int>(length) + 3);
-        return end;
+    ElemPos& elem = x_AddElem(parse, static_cast<int>(marks[0]), static_cast<int>(tagLength));
+    const char* const end = text.data() + marks[2];
+    if (text.size() - marks[2] >= plainRoom && marks[3] - marks[2] == length + 2 && end[0] == '<' &&
+        end[1] == '/' && end[length + 2] == '>' && arePlainNamesEqual(name, end + 2, length)) {
+        elem.close(static_cast<int>(marks[3]) + 1, static_cast<int>(length) + 3);
+        return 4;
     }
     x_Enter(parse, {name, length});
-    return next;
+    return 2;
 }
 
-/// Links a fresh record, `elem` at `pos`, as the last child of `parent`.
-inline void MarkupDocument::x_LinkLastChild(int parent, int pos, ElemPos& elem) {
-    ElemPos& above = tree_[parent];
-    elem.parent = parent;
-    if (above.child == 0) {
+/// The last child of record `pos`, 0 when it has none.
+int MarkupDocument::x_LastChild(int pos) const {
+    const int first = tree_[pos].child;
+    return first == 0 ? 0 : tree_[first].previous;
+}
+
+/// Links a fresh record, `elem` at `pos`, as the last child of the innermost open element.
+inline void MarkupDocument::x_LinkLastChild(Parse& parse, int pos, ElemPos& elem) {
+    ElemPos& above = tree_[parse.current];
+    elem.parent = parse.current;
+    if (parse.last == 0) {
         above.child = pos;
         elem.previous = pos;
         elem.setFlag(ElemFlagFirst);
-        return;
+    } else {
+        elem.previous = parse.last;
+        tree_[parse.last].next = pos;
+        tree_[above.child].previous = pos;
     }
-    ElemPos& firstChild = tree_[above.child];
-    elem.previous = firstChild.previous;
-    tree_[firstChild.previous].next = pos;
-    firstChild.previous = pos;
+    parse.last = pos;
 }
 
 /// Takes a record for an element with this start tag, makes it the last child of the innermost open
@@ -234,7 +285,7 @@ ElemPos& MarkupDocument::x_AddElem(Parse& parse, int start, int tagLength) {
     elem.length = tagLength;
     elem.setStartTagLength(tagLength);
     elem.levelAndFlags = static_cast<std::uint32_t>(level) & ElemPos::levelMask;
-    x_LinkLastChild(parse.current, pos, elem);
+    x_LinkLastChild(parse, pos, elem);
     if (parse.first == 0) {
         parse.first = pos;
     }
@@ -244,6 +295,7 @@ ElemPos& MarkupDocument::x_AddElem(Parse& parse, int start, int tagLength) {
 /// Makes the element added last, which is called `name`, the innermost open one.
 void MarkupDocument::x_Enter(Parse& parse, std::string_view name) const {
     parse.current = freePos_ - 1;
+    parse.last = 0;
     parse.tags.push(parse.current, name);
 }
 
@@ -265,6 +317,7 @@ void MarkupDocument::x_EndElem(Parse& parse, const TokenPos& token, const NodePo
     x_CloseUnended(parse, depth, token.left - 1);
     ElemPos& elem = tree_[parse.current];
     elem.close(node.start + node.length, node.length);
+    parse.last = parse.current;
     parse.current = elem.parent;
     parse.tags.pop();
 }
@@ -294,6 +347,7 @@ void MarkupDocument::x_CloseUnended(Parse& parse, int depth, int closedAt) {
         parse.current = above;
         parse.tags.pop();
     }
+    parse.last = x_LastChild(parse.current);
     for (int pos = lowest; pos != 0; pos = tree_[pos].next) {
         tree_[pos].parent = parse.current;
     }
