@@ -6,7 +6,7 @@
 #include <new>
 #include <system_error>
 
-#include "converter/Processors.h"
+#include "converter/Threads.h"
 
 namespace {
 
@@ -35,7 +35,7 @@ void Diagnostics::put(std::string_view message) {
 }
 
 void Diagnostics::useThread() {
-    if (kept_ != nullptr || thread_ || !processors::areSeveral() ||
+    if (kept_ != nullptr || thread_ || !threads::canRunTogether() ||
         isSameFile(descriptor_, STDOUT_FILENO)) {
         return;
     }

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "converter/Processors.h"
+#include "converter/Threads.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ bool areIndependent(int fileCount, const char* const* paths) {
 
 FileQueue::FileQueue(int fileCount, const char* const* paths, CoefficientTable& table)
     : fileCount_(fileCount), paths_(paths), table_(table) {
-    if (fileCount < leastFiles || !processors::areSeveral() || !areIndependent(fileCount, paths)) {
+    if (fileCount < leastFiles || !threads::canRunTogether() || !areIndependent(fileCount, paths)) {
         return;
     }
     claimed_ = 1;  // the first file's header is written, so that it can't be prepared
@@ -110,6 +110,7 @@ void FileQueue::prepareNext(std::unique_lock<std::mutex>& lock, CoefficientTable
 }
 
 void FileQueue::prepareAll() {
+    threads::ownDescriptors(STDIN_FILENO, STDERR_FILENO);
     CoefficientTable table;
     std::unique_lock lock(access_);
     while (!isEnding_ && claimed_ < fileCount_) {

@@ -19,8 +19,9 @@ constexpr std::size_t hugePage = std::size_t{1} << 21;
 void keepFreedMemory() {
     ::mallopt(M_MMAP_THRESHOLD, 32 << 20);  // the largest that malloc accepts
     ::mallopt(M_TRIM_THRESHOLD, -1);
-    // A second thread's own would take 64 MB of address space, of which there may be little.
-    ::mallopt(M_ARENA_MAX, 1);
+    // A second thread would wait for the first again and again, and wakes up slowly; each one's own
+    // takes 64 MB of address space, though, of which there may be little.
+    ::mallopt(M_ARENA_MAX, 2);
 }
 
 // The C library can be told to use huge pages, but only by an environment variable. So its heap is

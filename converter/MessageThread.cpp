@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <linux/close_range.h>
 
 #include "converter/Message.h"
+#include "converter/Threads.h"
 
 namespace {
 
@@ -94,12 +94,7 @@ MessageThread::Count MessageThread::awaitAdded(Count written) const {
 }
 
 void MessageThread::run() {
-    // With a table of its own the system need not guard the descriptor in each call; nothing else
-    // is to stay open for that. It may refuse.
-    const auto own = static_cast<unsigned>(descriptor_);
-    if (::close_range(own + 1, ~0U, CLOSE_RANGE_UNSHARE) == 0 && own > 0) {
-        ::close_range(0, own - 1, 0);
-    }
+    threads::ownDescriptors(descriptor_, descriptor_);
     for (Count written = 0;;) {
         const Count added = awaitAdded(written);
         const Count stop = written + std::min(added - written, messagesAtATime);
