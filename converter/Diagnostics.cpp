@@ -19,19 +19,16 @@ bool isSameFile(int descriptor, int other) {
 
 }  // namespace
 
-void Diagnostics::put(std::string_view message) {
+/// Keeps a message or has it written by the thread.
+void Diagnostics::putElsewhere(std::string_view message) {
     if (kept_ != nullptr) {
         kept_->add(message, record_->size());
-        return;
-    }
-    if (thread_ && message.size() <= MessageThread::mostBytes && !message.empty()) {
+    } else if (message.size() <= MessageThread::mostBytes && !message.empty()) {
         thread_->add(message);
-        return;
-    }
-    if (thread_) {
+    } else {
         thread_->drain();
+        writeMessage(descriptor_, message);
     }
-    writeMessage(descriptor_, message);
 }
 
 void Diagnostics::useThread() {

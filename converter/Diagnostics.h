@@ -54,6 +54,15 @@ class Diagnostics {
         put(message.view());
     }
 
+    /// Writes a message that is put together.
+    void put(std::string_view message) {
+        if (kept_ == nullptr && thread_ == nullptr) {
+            writeMessage(descriptor_, message);
+        } else {
+            putElsewhere(message);
+        }
+    }
+
     /// Has messages written by a thread from here on: for when they come faster than the system
     /// takes them. Does nothing where that is not possible, or where the order of messages and
     /// record could be seen because both go to the same file.
@@ -62,7 +71,7 @@ class Diagnostics {
     void endThread() { thread_.reset(); }
 
   private:
-    void put(std::string_view message);
+    void putElsewhere(std::string_view message);
 
     int descriptor_ = -1;
     KeptMessages* kept_ = nullptr;          ///< in place of the descriptor

@@ -1,10 +1,6 @@
 #include "converter/MessageThread.h"
 
-#include <sys/syscall.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 
 #include "converter/Message.h"
@@ -103,18 +99,8 @@ void MessageThread::run() {
             if (slot.size == 0) {
                 return;
             }
-            write({slot.text.data(), slot.size});
+            writeMessage(descriptor_, {slot.text.data(), slot.size});
         }
         written_.store(written, std::memory_order_release);
-    }
-}
-
-/// Writes a message. The C library's function would guard every call against the thread's being
-/// cancelled.
-void MessageThread::write(std::string_view message) const {
-    const long written = ::syscall(SYS_write, descriptor_, message.data(), message.size());
-    const bool isCutOff = written >= 0 && written < static_cast<long>(message.size());
-    if (isCutOff || (written < 0 && errno == EINTR)) {
-        writeMessage(descriptor_, message.substr(static_cast<std::size_t>(std::max(written, 0L))));
     }
 }

@@ -44,7 +44,6 @@ class MessageThread {
     void awaitWritten(Count atMostLeft);
     Count awaitAdded(Count written) const;
     void run();
-    void write(std::string_view message) const;
 
     inline static std::atomic<MessageThread*> running_ = nullptr;
 

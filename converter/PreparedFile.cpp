@@ -43,7 +43,7 @@ bool PreparedFile::replay(RecordWriter& record, Diagnostics& diagnostics) const 
     for (std::size_t n = 0; n < messages_.count(); ++n) {
         writeRecord(record, size, messages_.recordSizeAt(n));
         size = messages_.recordSizeAt(n);
-        diagnostics.say(messages_.at(n));
+        diagnostics.put(messages_.at(n));
     }
     writeRecord(record, size, record_.size());
     return result_;

@@ -164,10 +164,9 @@ ssize_t read(int file, void* data, std::size_t size) {
     return transfer("read", SYS_read, file, data, size);
 }
 
-/// Messages don't fail: there would be nothing to tell the other failures by.
+/// The messages of the converter don't come through here, nor could failures be told without them.
 ssize_t write(int file, const void* data, std::size_t size) {
-    const bool mayFail = file != STDERR_FILENO || error == 0 || error == EINTR;
-    return transfer(mayFail ? "write" : "message", SYS_write, file, data, size);
+    return transfer("write", SYS_write, file, data, size);
 }
 
 FILE* fopen(const char* path, const char* mode) {
