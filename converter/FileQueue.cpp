@@ -70,6 +70,7 @@ PreparedFile& FileQueue::next() {
     if (!thread_.joinable()) {
         return slots_.front().file.emplace();
     }
+    giveUpOwn();
     std::unique_lock lock(access_);
     const bool wasFull = claimed_ == current_ + slotCount;
     Slot& slot = slotOf(++current_);
@@ -89,6 +90,17 @@ PreparedFile& FileQueue::next() {
         }
     }
     return slot.file ? *slot.file : slot.file.emplace();
+}
+
+/// Gives up the last file if the caller has loaded it: its text may be a mapping, whose descriptor
+/// and lease are the caller's thread's, which has a table of its own.
+void FileQueue::giveUpOwn() {
+    if (current_ >= 0) {
+        std::optional<PreparedFile>& last = slotOf(current_).file;
+        if (last && !last->isPrepared()) {
+            last.reset();
+        }
+    }
 }
 
 /// Claims the next file and prepares it, unlocked, where that is possible.

@@ -38,6 +38,7 @@ class FileQueue {
 
     Slot& slotOf(int file) { return slots_[static_cast<std::size_t>(file % slotCount)]; }
     bool mayClaim() const { return claimed_ < fileCount_ && claimed_ < current_ + slotCount; }
+    void giveUpOwn();
     void prepareNext(std::unique_lock<std::mutex>& lock, CoefficientTable& table);
     void prepareAll();
 

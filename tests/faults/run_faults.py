@@ -107,9 +107,9 @@ class Run:
             yield from [f"{fault}: {got[0]}, {got[1][-200:]!r}"] if got != self.wanted else []
 
 
-def limited(program, path, limit):
+def limited(program, limit, *paths):
     limit = limit if limit == "unlimited" else str(limit // 1024)
-    done = subprocess.run(["sh", "-c", 'ulimit -v $0 && exec "$@"', limit, program, path],
+    done = subprocess.run(["sh", "-c", 'ulimit -v $0 && exec "$@"', limit, program, *paths],
                           capture_output=True, timeout=60)
     return done.returncode, done.stderr, done.stdout
 
@@ -118,15 +118,23 @@ def memory_complaints(program):
     cases = [(text, [len(text) + size * MB for size in sizes]) for text, sizes in LIMITS]
     # From where a file that needs no converter is converted: one that takes much does not fit there.
     least = next(size for size in range(MB, 64 * MB, MB // 32)
-                 if limited(program, "utf8.xml", size)[0] == 0)
+                 if limited(program, size, "utf8.xml")[0] == 0)
     cases.append((encoded(SMALL, "EUC-JP", "euc-jp"), range(least, least + MB, MB // 128)))
     for number, (text, limits) in enumerate(cases):
         pathlib.Path("limited.xml").write_bytes(text)
-        wanted = limited(program, "limited.xml", "unlimited")
+        wanted = limited(program, "unlimited", "limited.xml")
         for limit in limits:
-            got = limited(program, "limited.xml", limit)
+            got = limited(program, limit, "limited.xml")
             if got != wanted and not ran_out(*got[:2]):
                 yield f"file {number} in {limit} bytes: status {got[0]}, {got[1][-200:]!r}"
+    # Enough for large files, and for a second thread as long as that takes little.
+    pathlib.Path("limited.xml").write_bytes(SMALL.encode() + b" " * 30_000_000)
+    paths = (["small.xml"] * 500 + ["limited.xml"]) * 3
+    wanted = limited(program, "unlimited", *paths)
+    for _ in range(5):
+        got = limited(program, 112 * MB, *paths)
+        if got != wanted:
+            yield f"many files in little memory: status {got[0]}, {got[1][-200:]!r}"
 
 
 # A large file that is not copied: while it is used nobody may change it, and losing it ends the run.
@@ -147,6 +155,17 @@ def mapping_complaints(program):
         _, messages = run.communicate(timeout=20)
         if run.returncode != status or message not in messages.splitlines()[-1]:
             yield f"signal {signal}: status {run.returncode}, {messages[-200:]!r}"
+    # Among many files, too, it is given up when it is done with.
+    os.mkfifo("pipe")
+    run = subprocess.Popen([program, *(["large.xml"] + ["small.xml"] * 20) * 4, "pipe"],
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    pipe = os.open("pipe", os.O_WRONLY)  # succeeds when the run has come there
+    try:
+        os.close(os.open("large.xml", os.O_RDWR | os.O_NONBLOCK))
+    except BlockingIOError:
+        yield "a file that is done with can't be opened for writing"
+    os.close(pipe)
+    run.wait(timeout=20)
 
 
 def main():
