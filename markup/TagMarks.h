@@ -34,8 +34,8 @@ class TagMarks {
     }
 
     /// The places of the next marks, `ahead` of them, the text's size in place of those that there
-    /// aren't; valid until the next call. A ">" may be missing that lies hundreds of bytes behind
-    /// the mark before it.
+    /// aren't; valid until the next call. A ">" may be missing that lies more than 64 bytes
+    /// behind the mark before it.
     const std::uint32_t* next() {
         if (end_ - first_ < ahead && scanned_ < text_.size()) {
             collect();
@@ -70,21 +70,17 @@ class TagMarks {
 
     /// Collects marks behind the few that are left, which are moved to the front.
     void collect() {
-        constexpr std::size_t fewBlocks = 4;
         std::uint32_t* last = std::copy(&marks_[first_], &marks_[end_], marks_.data());
         const std::uint32_t* const needed = &marks_[ahead];
         const std::uint32_t* const enough = &marks_[mostCollected];
         std::size_t place = scanned_;
         const std::size_t stop = place + mostScanned;
-        std::size_t emptyBlocks = 0;
         while (place < text_.size() && last < enough && (place < stop || last < needed)) {
             const std::uint32_t* const before = last;
             last = addBlock(last, place);
             place += blockSize;
-            emptyBlocks = last == before ? emptyBlocks + 1 : 0;
-            if (emptyBlocks == fewBlocks) {  // long ways are quicker in larger steps
+            if (last == before) {  // long ways are quicker in larger steps
                 place = std::min(text_.find('<', place), text_.size());
-                emptyBlocks = 0;
             }
         }
         scanned_ = place;
