@@ -98,6 +98,9 @@ int OpenTagStack::addChild(int node, std::string_view segment) {
 }
 
 void OpenTagStack::enterPending() {
+    if (nodes_.empty()) {
+        nodes_.emplace_back();
+    }
     while (entered_ < depth()) {
         enter(++entered_);
     }
@@ -106,7 +109,7 @@ void OpenTagStack::enterPending() {
 void OpenTagStack::enter(int depth) {
     std::string_view rest = at(depth).name();
     if (ignoreCase_) {
-        rest = folded_.emplace_back(foldName(rest));
+        rest = folded_.emplace_front(foldName(rest));
     }
     int node = 0;
     bool isFirst = true;

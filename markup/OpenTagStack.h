@@ -1,6 +1,6 @@
 #pragma once
 
-#include <deque>
+#include <forward_list>
 #include <map>
 #include <string>
 #include <string_view>
@@ -71,8 +71,8 @@ class OpenTagStack {
     bool ignoreCase_;
     std::vector<Tag> tags_;
     int entered_ = 0;                   ///< tags up to this depth are in the index
-    std::vector<Node> nodes_{Node{}};   ///< by number; 0 is the root
+    std::vector<Node> nodes_;           ///< by number; 0 is the root
     std::map<Key, int> otherChildren_;  ///< numbers of the children that aren't their node's first
     std::vector<Entry> entries_;        ///< in the order of entering; undone from the back
-    std::deque<std::string> folded_;    ///< owns the folded names that keys view
+    std::forward_list<std::string> folded_;  ///< owns the folded names that keys view
 };
