@@ -14,6 +14,12 @@
 /// record was then.
 class KeptMessages {
   public:
+    /// Makes room for so many messages of usual length.
+    void reserve(std::size_t count) {
+        constexpr std::size_t usualSize = 32;
+        text_.reserve(count * usualSize);
+        ends_.reserve(count);
+    }
     void add(std::string_view message, std::size_t recordSize) {
         text_ += message;
         ends_.push_back({text_.size(), recordSize});

@@ -26,6 +26,10 @@ bool PreparedFile::convert(const char* path, CoefficientTable& table) {
     if (!document_->Load(path)) {
         return false;
     }
+    constexpr std::size_t usualSize = std::size_t{1} << 14;
+    constexpr std::size_t usualCount = 1 << 6;
+    record_.reserve(usualSize);
+    messages_.reserve(usualCount);
     RecordWriter record(record_, mostKept);
     record.setFill('0');  // as from field 10 on
     Diagnostics diagnostics(messages_, record);
@@ -33,7 +37,6 @@ bool PreparedFile::convert(const char* path, CoefficientTable& table) {
     document_->FindElem();
     document_->IntoElem();
     result_ = DataSection(*document_).convert(record, diagnostics, table);
-    record.flush();
     document_->RestorePos(start);
     return true;
 }

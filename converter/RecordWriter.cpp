@@ -7,6 +7,12 @@
 
 #include "base/Exception.h"
 
+namespace {
+
+constexpr const char* failureTitle = "cannot write the record";
+
+}  // namespace
+
 void RecordWriter::number(std::size_t number) {
     const std::string digits = std::to_string(number);
     if (digits.size() < 2) {
@@ -20,6 +26,10 @@ void RecordWriter::bytes(const void* data, std::size_t size) {
         return;
     }
     const char* bytes = static_cast<const char*>(data);
+    if (target_ != nullptr) {
+        append(bytes, size);
+        return;
+    }
     if (size >= directSize) {
         flush();
         write(bytes, size);
@@ -45,22 +55,21 @@ void RecordWriter::flush() {
     write(buffer_.data(), size);
 }
 
-void RecordWriter::write(const char* data, std::size_t size) const {
-    constexpr const char* title = "cannot write the record";
-    if (target_ != nullptr) {
-        if (size > limit_ - target_->size()) {
-            throw vek::StdError(title, EFBIG);
-        }
-        target_->append(data, size);
-        return;
+void RecordWriter::append(const char* data, std::size_t size) {
+    if (size > limit_ - target_->size()) {
+        throw vek::StdError(failureTitle, EFBIG);
     }
+    target_->append(data, size);
+}
+
+void RecordWriter::write(const char* data, std::size_t size) const {
     while (size > 0) {
         const ssize_t written = ::write(descriptor_, data, size);
         if (written > 0) {
             data += written;
             size -= static_cast<std::size_t>(written);
         } else if (written == 0 || errno != EINTR) {
-            throw vek::StdError(title, written == 0 ? EIO : errno);
+            throw vek::StdError(failureTitle, written == 0 ? EIO : errno);
         }
     }
 }

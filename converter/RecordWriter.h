@@ -34,8 +34,8 @@ class RecordWriter {
     /// The bytes of `count` values.
     void doubles(const double* values, std::size_t count) { bytes(values, count * sizeof(double)); }
 
-    /// Bytes that a target string has and will have once they are flushed.
-    std::size_t size() const { return (target_ != nullptr ? target_->size() : 0) + used_; }
+    /// The size of the target. Requires: that is a string.
+    std::size_t size() const { return target_->size(); }
 
     /// Hands everything buffered to the system. What is not flushed is lost with the object.
     void flush();
@@ -46,10 +46,11 @@ class RecordWriter {
     static constexpr std::size_t directSize = std::size_t{1} << 14;
 
     void bytes(const void* data, std::size_t size);
+    void append(const char* data, std::size_t size);
     void write(const char* data, std::size_t size) const;
 
     int descriptor_ = -1;
-    std::string* target_ = nullptr;  ///< in place of the descriptor
+    std::string* target_ = nullptr;  ///< in place of the descriptor, and of the buffer
     std::size_t limit_ = 0;          ///< of the target's size
     char fill_ = ' ';
     std::size_t used_ = 0;
