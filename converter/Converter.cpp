@@ -6,12 +6,10 @@
 
 int Converter::run(int fileCount, const char* const* paths) {
     FileQueue files(fileCount, paths, table_);
-    for (int i = 0; i < fileCount; ++i) {
-        if (!convertFile(fileCount, paths[i], files.next())) {
-            return stopped;
-        }
-    }
-    return 0;
+    const bool isWhole = files.run([this, fileCount](const char* path, PreparedFile& file) {
+        return convertFile(fileCount, path, file);
+    });
+    return isWhole ? 0 : stopped;
 }
 
 bool Converter::convertFile(int fileCount, const char* path, PreparedFile& file) {

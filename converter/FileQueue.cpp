@@ -8,6 +8,7 @@
 #include <new>
 #include <string_view>
 #include <system_error>
+#include <thread>
 
 #include "converter/Threads.h"
 
@@ -41,66 +42,99 @@ bool areIndependent(int fileCount, const char* const* paths) {
 
 }  // namespace
 
-FileQueue::FileQueue(int fileCount, const char* const* paths, CoefficientTable& table)
-    : fileCount_(fileCount), paths_(paths), table_(table) {
-    if (fileCount < leastFiles || !threads::canRunTogether() || !areIndependent(fileCount, paths)) {
-        return;
+bool FileQueue::run(const Write& write) {
+    return isShared() ? runShared(write) : runAlone(write);
+}
+
+bool FileQueue::isShared() const {
+    return fileCount_ >= leastFiles && threads::canRunTogether() &&
+           areIndependent(fileCount_, paths_);
+}
+
+bool FileQueue::runAlone(const Write& write) {
+    for (int i = 0; i < fileCount_; ++i) {
+        PreparedFile file;
+        if (!write(paths_[i], file)) {
+            return false;
+        }
     }
+    return true;
+}
+
+bool FileQueue::runShared(const Write& write) {
     claimed_ = 1;  // the first file's header is written, so that it can't be prepared
     slots_.front().isDone = true;
+    std::thread other;
     try {
-        thread_ = std::thread(&FileQueue::prepareAll, this);
-    } catch (const std::system_error&) {  // the caller does it all then
+        other = std::thread([this, &write] {
+            threads::ownDescriptors(STDIN_FILENO, STDERR_FILENO);
+            CoefficientTable table;
+            work(write, table, false);
+        });
+    } catch (const std::system_error&) {
+        return runAlone(write);
     } catch (const std::bad_alloc&) {
+        return runAlone(write);
     }
+    work(write, table_, true);
+    other.join();
+    if (failure_) {
+        std::rethrow_exception(failure_);
+    }
+    return result_;
 }
 
-FileQueue::~FileQueue() {
-    if (thread_.joinable()) {
-        {
-            const std::lock_guard lock(access_);
-            isEnding_ = true;
-        }
-        changed_.notify_all();
-        thread_.join();
-    }
-}
-
-PreparedFile& FileQueue::next() {
-    if (!thread_.joinable()) {
-        return slots_.front().file.emplace();
-    }
-    giveUpOwn();
+/// Does what there is to do, until the files are written or the run has to stop.
+void FileQueue::work(const Write& write, CoefficientTable& table, bool isCaller) {
     std::unique_lock lock(access_);
-    const bool wasFull = claimed_ == current_ + slotCount;
-    Slot& slot = slotOf(++current_);
-    if (wasFull) {
-        changed_.notify_all();
-    }
-    if (claimed_ == current_) {
-        ++claimed_;
-        slot.file.reset();
-        slot.isDone = true;
-    }
-    while (!slot.isDone) {
-        if (mayClaim()) {
-            prepareNext(lock, table_);
+    while (!isEnding_) {
+        if (mayWrite(isCaller)) {
+            writeNext(lock, write);
+        } else if (mayPrepare()) {
+            prepareNext(lock, table);
         } else {
+            changed_.notify_all();  // what is left is the other's
             changed_.wait(lock);
+            continue;
+        }
+        // To wake up takes longer than to prepare a file: not for each that there is room for.
+        const bool hasRoom = claimed_ == current_ + slotCount / 2;
+        const bool isForCaller = mayWrite(true) && !mayWrite(false);
+        if (hasRoom || isForCaller || isEnding_) {
+            changed_.notify_all();
         }
     }
-    return slot.file ? *slot.file : slot.file.emplace();
 }
 
-/// Gives up the last file if the caller has loaded it: its text may be a mapping, whose descriptor
-/// and lease are the caller's thread's, which has a table of its own.
-void FileQueue::giveUpOwn() {
-    if (current_ >= 0) {
-        std::optional<PreparedFile>& last = slotOf(current_).file;
-        if (last && !last->isPrepared()) {
-            last.reset();
+/// Whether the file whose turn it is can be written. What is loaded in its turn may be a mapping,
+/// whose descriptor and lease are in the caller's table of descriptors.
+bool FileQueue::mayWrite(bool isCaller) {
+    const Slot& slot = slotOf(current_);
+    return !isWriting_ && current_ < claimed_ && slot.isDone && (isCaller || slot.isPrepared());
+}
+
+/// Writes the file whose turn it is, unlocked.
+void FileQueue::writeNext(std::unique_lock<std::mutex>& lock, const Write& write) {
+    const char* const path = paths_[current_];
+    Slot& slot = slotOf(current_);
+    isWriting_ = true;
+    lock.unlock();
+    try {
+        result_ = write(path, slot.file ? *slot.file : slot.file.emplace());
+        if (!slot.isPrepared()) {
+            slot.file.reset();  // before the other thread does it
         }
+    } catch (...) {
+        failure_ = std::current_exception();
     }
+    lock.lock();
+    isWriting_ = false;
+    ++current_;
+    isEnding_ = !result_ || failure_ || current_ == fileCount_;
+}
+
+bool FileQueue::mayPrepare() const {
+    return claimed_ < fileCount_ && claimed_ < current_ + slotCount;
 }
 
 /// Claims the next file and prepares it, unlocked, where that is possible.
@@ -119,18 +153,4 @@ void FileQueue::prepareNext(std::unique_lock<std::mutex>& lock, CoefficientTable
     }
     lock.lock();
     slot.isDone = true;
-}
-
-void FileQueue::prepareAll() {
-    threads::ownDescriptors(STDIN_FILENO, STDERR_FILENO);
-    CoefficientTable table;
-    std::unique_lock lock(access_);
-    while (!isEnding_ && claimed_ < fileCount_) {
-        if (mayClaim()) {
-            prepareNext(lock, table);
-            changed_.notify_all();
-        } else {
-            changed_.wait(lock);
-        }
-    }
 }
