@@ -56,7 +56,7 @@ void RecordWriter::flush() {
 }
 
 void RecordWriter::append(const char* data, std::size_t size) {
-    if (size > limit_ - target_->size()) {
+    if (size >= directSize || size > limit_ - target_->size()) {
         throw vek::StdError(failureTitle, EFBIG);
     }
     target_->append(data, size);

@@ -18,7 +18,7 @@ class RecordWriter {
     /// The descriptor is not owned and stays open.
     explicit RecordWriter(int descriptor) : descriptor_(descriptor) {}
     /// Appends to a string, which is not owned and must outlive the writer. It takes no more than
-    /// `limit` bytes.
+    /// `limit` bytes, and nothing that would not be buffered on its way to a descriptor.
     RecordWriter(std::string& target, std::size_t limit) : target_(&target), limit_(limit) {}
 
     /// The character that fills a number up to width 2 from now on; a space at first.

@@ -26,6 +26,7 @@ FILES = {
     "long.xml": DENSE.replace("COEFFICIENTS_LIST", "COEFFICIENTS_LIST tdi_config='" + "x" * 50 + "'", 1),
 }
 FILES["wide.xml"] = re.sub("(?<=>)(1|0|5|1.5) .*?<", lambda m: " ".join([m[1]] * 50) + "<", SAMPLE.replace(">3<", ">50<"))
+FILES["label.xml"] = SAMPLE.replace('tdi_config="', 'tdi_config="' + "x" * 20_000)
 GOOD = ["good.xml"] * 15
 MANY = GOOD + ["marked.xml", "large.xml", "wide.xml", "ill.xml"] * 9 + ["gap.xml"]
 # Arguments, the least number of lines of progress, and the exit status.
@@ -34,7 +35,7 @@ CASES = [
     (MANY, 400, 0), (MANY + ["table.xml"] + GOOD, 530, 0), (MANY + ["other.xml"] + GOOD, 400, 255),
     (MANY + ["short.xml"] + GOOD, 400, 255), (GOOD + ["missing.xml"] + GOOD, 120, 255),
     (GOOD + ["empty.xml"] + GOOD, 120, 255), (["missing.xml"] + MANY, 0, -6),
-    (MANY * 8 + ["dense.xml"] + MANY, 67_000, 0),
+    (MANY * 8 + ["dense.xml"] + MANY, 67_000, 0), (["label.xml"] * 20, 160, 0),
 ]
 
 
