@@ -19,10 +19,11 @@ constexpr int leastFiles = 16;
 // More of larger ones would take a lot of memory.
 constexpr off_t largestAhead = 1 << 16;
 
-/// Whether the file may be read before its turn: a pipe's other end might see the difference.
+/// Whether the file may be read before its turn: a pipe's other end might see the difference, and a
+/// link may lead to what the process has open just then.
 bool isSmallFile(const char* path) {
     struct stat status {};
-    return ::stat(path, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= largestAhead;
+    return ::lstat(path, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= largestAhead;
 }
 
 /// Whether a path may lead to what another thread has just opened.
