@@ -2,7 +2,6 @@
 
 #include <malloc.h>
 #include <sys/mman.h>
-#include <sys/resource.h>
 
 #include <atomic>
 #include <cstddef>
@@ -20,12 +19,8 @@ constexpr std::size_t hugePage = std::size_t{1} << 21;
 void keepFreedMemory() {
     ::mallopt(M_MMAP_THRESHOLD, 32 << 20);  // the largest that malloc accepts
     ::mallopt(M_TRIM_THRESHOLD, -1);
-    // A second thread would wait for the first again and again, and wakes up slowly. But each one's
-    // own takes 64 MB of address space: where that is limited it would be missing elsewhere, or be
-    // asked for in vain with every allocation.
-    rlimit space{};
-    const bool isUnlimited = ::getrlimit(RLIMIT_AS, &space) == 0 && space.rlim_cur == RLIM_INFINITY;
-    ::mallopt(M_ARENA_MAX, isUnlimited ? 2 : 1);
+    // A second thread would wait for the first again and again, and wakes up slowly.
+    ::mallopt(M_ARENA_MAX, 2);
 }
 
 // The C library can be told to use huge pages, but only by an environment variable. So its heap is

@@ -1,14 +1,17 @@
 #include "converter/Threads.h"
 
 #include <sched.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <linux/close_range.h>
 
 bool threads::canRunTogether() {
+    rlimit space{};
     cpu_set_t allowed;
-    // Fails on machines with more processors than the set has room for.
-    return ::sched_getaffinity(0, sizeof allowed, &allowed) != 0 || CPU_COUNT(&allowed) > 1;
+    // The second fails on machines with more processors than the set has room for.
+    return ::getrlimit(RLIMIT_AS, &space) == 0 && space.rlim_cur == RLIM_INFINITY &&
+           (::sched_getaffinity(0, sizeof allowed, &allowed) != 0 || CPU_COUNT(&allowed) > 1);
 }
 
 void threads::ownDescriptors(int first, int last) {
