@@ -32,7 +32,7 @@ void Diagnostics::putElsewhere(std::string_view message) {
 }
 
 void Diagnostics::useThread() {
-    if (kept_ != nullptr || thread_ || !threads::canRunTogether() ||
+    if (kept_ != nullptr || thread_ || !threads::haveRoom() ||
         isSameFile(descriptor_, STDOUT_FILENO)) {
         return;
     }

@@ -48,8 +48,7 @@ bool FileQueue::run(const Write& write) {
 }
 
 bool FileQueue::isShared() const {
-    return fileCount_ >= leastFiles && threads::canRunTogether() &&
-           areIndependent(fileCount_, paths_);
+    return fileCount_ >= leastFiles && threads::haveRoom() && areIndependent(fileCount_, paths_);
 }
 
 bool FileQueue::runAlone(const Write& write) {

@@ -13,7 +13,7 @@ constexpr std::size_t mostKept = std::size_t{1} << 18;
 void PreparedFile::prepare(const char* path, CoefficientTable& table) {
     try {
         isPrepared_ = convert(path, table);
-    } catch (const vek::StdError&) {  // the record grew too long
+    } catch (const vek::StdError&) {  // its part of the record is too long, or not to be buffered
     }
     if (!isPrepared_) {
         document_.emplace();

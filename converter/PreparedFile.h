@@ -19,7 +19,8 @@ class PreparedFile {
     /// Loads the file and converts its configurations, as `DataSection::convert` does for a file
     /// that is not the first. `table` is the thread's own. Leaves it at a fresh document for a file
     /// that can't be loaded well, which has to fail when its turn comes, and for one whose part of
-    /// the record would take much memory. Throws std::bad_alloc.
+    /// the record would take much memory or has a text that `RecordWriter` would not buffer, so
+    /// that it could not be written later as it is in its turn. Throws std::bad_alloc.
     void prepare(const char* path, CoefficientTable& table);
 
     /// True when the configurations have been converted.

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <type_traits>
 
-/// Writes the output record to a file descriptor or a string through one large buffer: texts,
+/// Writes the output record to a file descriptor, through one large buffer, or to a string: texts,
 /// decimal numbers in a field of width 2, and raw values in the machine's byte order, without
 /// anything in between.
 ///

@@ -6,7 +6,7 @@
 
 #include <linux/close_range.h>
 
-bool threads::canRunTogether() {
+bool threads::haveRoom() {
     rlimit space{};
     cpu_set_t allowed;
     // The second fails on machines with more processors than the set has room for.

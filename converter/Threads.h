@@ -3,9 +3,9 @@
 /// What threads share, of the machine and of the process.
 namespace threads {
 
-/// True when two threads of the process can run at the same time, and what another one takes is not
-/// missing elsewhere: its stack and its part of the heap are 72 MB of address space.
-bool canRunTogether();
+/// True when there is room for another thread: a processor, and address space without a limit. Its
+/// stack and its part of the heap take 72 MB of that, which would be missing elsewhere.
+bool haveRoom();
 
 /// Gives the calling thread descriptors of its own, with those from `first` to `last` open and no
 /// others: as long as a table is shared, the system guards every use of a descriptor. It may
