@@ -33,7 +33,7 @@ void IConvRun::run() {
     }
     // The end of the text may still need output: the rest of a UTF-7 group, a shift back to ASCII.
     if (error_ != E2BIG) {
-        x_Call(nullptr, nullptr);
+        x_Reset();
     }
 }
 
@@ -88,16 +88,22 @@ bool IConvRun::x_CallByScratch(char** input, std::size_t* inputLeft) {
     return fits;
 }
 
+// Returns to the initial shift state, with the output that it takes: also what the converter holds
+// back, as that from CP1255 does with a letter that may yet get a point.
+void IConvRun::x_Reset() {
+    x_Call(nullptr, nullptr);
+    if (error_ == E2BIG && !counting_) {
+        x_CallByScratch(nullptr, nullptr);
+    }
+}
+
 // Skips a source unit and writes "?" for it. The shift state is reset first and with its output, so
 // that the "?" doesn't end up inside a run of two-byte characters.
 bool IConvRun::x_ReplaceUnit() {
     const std::size_t skipped = std::min(units_.source, inputLeft_);
     input_ += skipped;
     inputLeft_ -= skipped;
-    x_Call(nullptr, nullptr);
-    if (error_ == E2BIG && !counting_) {
-        x_CallByScratch(nullptr, nullptr);
-    }
+    x_Reset();
     if (error_ == E2BIG || room_ < units_.target) {
         error_ = E2BIG;
         return false;

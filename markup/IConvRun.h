@@ -51,6 +51,7 @@ class IConvRun {
   private:
     bool x_Step();
     bool x_CallByScratch(char** input, std::size_t* inputLeft);
+    void x_Reset();
     bool x_ReplaceUnit();
     void x_Call(char** input, std::size_t* inputLeft);
     void x_RestartScratch();
