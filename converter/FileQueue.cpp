@@ -5,9 +5,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <new>
-#include <string_view>
-#include <system_error>
 #include <thread>
 
 #include "converter/Threads.h"
@@ -26,19 +25,11 @@ bool isSmallFile(const char* path) {
     return ::lstat(path, &status) == 0 && S_ISREG(status.st_mode) && status.st_size <= largestAhead;
 }
 
-/// Whether a path may lead to what another thread has just opened.
-bool namesDescriptor(std::string_view path) {
-    return path.starts_with("/dev/") || path.starts_with("/proc/");
-}
-
-/// Whether files can be opened in any order, as files opened meanwhile don't take the place of the
-/// standard streams.
-bool areIndependent(int fileCount, const char* const* paths) {
-    bool hasStreams = true;
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        hasStreams = hasStreams && ::fcntl(stream, F_GETFD) >= 0;
-    }
-    return hasStreams && std::none_of(paths, paths + fileCount, namesDescriptor);
+/// Whether the standard streams are open: a file that the caller opens in the place of one would
+/// stay open in the other thread's table of descriptors.
+bool hasStreams() {
+    constexpr std::array streams{STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO};
+    return std::ranges::all_of(streams, [](int stream) { return ::fcntl(stream, F_GETFD) >= 0; });
 }
 
 }  // namespace
@@ -48,7 +39,7 @@ bool FileQueue::run(const Write& write) {
 }
 
 bool FileQueue::isShared() const {
-    return fileCount_ >= leastFiles && threads::haveRoom() && areIndependent(fileCount_, paths_);
+    return fileCount_ >= leastFiles && threads::haveRoom() && hasStreams();
 }
 
 bool FileQueue::runAlone(const Write& write) {
@@ -67,13 +58,13 @@ bool FileQueue::runShared(const Write& write) {
     std::thread other;
     try {
         other = std::thread([this, &write] {
-            threads::ownDescriptors(STDIN_FILENO, STDERR_FILENO);
-            CoefficientTable table;
-            work(write, table, false);
+            // Or else a path such as /dev/fd/4 could lead to what it has just opened.
+            if (threads::ownDescriptors(STDIN_FILENO, STDERR_FILENO)) {
+                CoefficientTable table;
+                work(write, table, false);
+            }
         });
-    } catch (const std::system_error&) {
-        return runAlone(write);
-    } catch (const std::bad_alloc&) {
+    } catch (const std::exception&) {  // no memory, or too many threads
         return runAlone(write);
     }
     work(write, table_, true);

@@ -8,9 +8,9 @@ namespace threads {
 bool haveRoom();
 
 /// Gives the calling thread descriptors of its own, with those from `first` to `last` open and no
-/// others: as long as a table is shared, the system guards every use of a descriptor. It may
-/// refuse, and then nothing changes. The thread sees none of the descriptors opened elsewhere
-/// later, nor others those that it opens.
-void ownDescriptors(int first, int last);
+/// others: as long as a table is shared, the system guards every use of a descriptor. The thread
+/// sees none of the descriptors opened elsewhere later, nor others those that it opens. False when
+/// the system refuses, and then nothing changes.
+bool ownDescriptors(int first, int last);
 
 }  // namespace threads
