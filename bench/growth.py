@@ -5,10 +5,10 @@ usage: growth.py [--folder PATH] [--scale FACTOR | --size MB] [FAMILY...]
 
 Linear growth gives 2; every family must stay at or below 2.5. The exit status is 1 when one does
 not. Times are processor time, the least of several runs of the whole process: of eqconvert, or of
-navigate where eqconvert does not do what is to be timed. The two files take turns, so that a machine
-that is slower for a while is so for both. A virtual machine may also be slow with the memory that one
-of them happens to lie in: a family above the limit is measured again with files written anew. With --size the larger file of each family
-has that size.
+navigate where eqconvert does not do what is to be timed. The two files take turns, so that a
+machine that is slower for a while is so for both. A virtual machine may also be slow with the
+memory that one of them happens to lie in: a family above the limit is measured again with files
+written anew. With --size the larger file of each family has that size.
 """
 import argparse
 import math
@@ -20,7 +20,7 @@ import tempfile
 
 LIMIT = 2.5
 RUNS = 9
-TRIES = 3
+TRIES = 3  # with new files, until one keeps to the limit
 ENOUGH = 20  # seconds in all runs of both files, after which there is no further one
 # With the header, without which the converter would not find the data.
 ROOT = (b"<TEST_EQ_TABLE><HEADER><PRODUCTION_DATE/></HEADER><SPECIFIC_HEADER><APPLICABILITY_DATE/>"
