@@ -2,20 +2,20 @@
 
 #include "base/FileUtils.h"
 #include "converter/DataSection.h"
-#include "converter/FileQueue.h"
 
 int Converter::run(int fileCount, const char* const* paths) {
-    FileQueue files(fileCount, paths, table_);
-    const bool isWhole = files.run([this, fileCount](const char* path, PreparedFile& file) {
-        return convertFile(fileCount, path, file);
-    });
-    return isWhole ? 0 : stopped;
+    for (int i = 0; i < fileCount; ++i) {
+        if (!convertFile(fileCount, paths[i])) {
+            return stopped;
+        }
+    }
+    return 0;
 }
 
-bool Converter::convertFile(int fileCount, const char* path, PreparedFile& file) {
-    diagnostics_.endThread();  // that the file before may have needed
-    header_.init(path, fileCount, file.document(), fileType_);
-    const DataSection data(file.document());
+bool Converter::convertFile(int fileCount, const char* path) {
+    MarkupDocument document;
+    header_.init(path, fileCount, document, fileType_);
+    const DataSection data(document);
     if (!checkNucTable(data.nucTableId(), path)) {
         return false;
     }
@@ -24,13 +24,14 @@ bool Converter::convertFile(int fileCount, const char* path, PreparedFile& file)
     record_.setFill('0');
     record_.number(static_cast<std::size_t>(name.length()));  // 10
     record_.text(name.view());                                // 11
-    const bool isConverted = file.isPrepared() ? file.replay(record_, diagnostics_)
-                                               : data.convert(record_, diagnostics_, table_);
-    if (isConverted && !file.document().x_IsTextIntact()) {
+    if (!data.convert(record_, diagnostics_, table_)) {
+        return false;
+    }
+    if (!document.x_IsTextIntact()) {
         diagnostics_.say("file ", path, " was changed while it was in use\n");
         return false;
     }
-    return isConverted;
+    return true;
 }
 
 /// Compares a file's NUC table identifier with the first file's. "None known" is encoded as a

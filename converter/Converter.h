@@ -5,7 +5,6 @@
 
 #include "converter/CoefficientTable.h"
 #include "converter/Diagnostics.h"
-#include "converter/PreparedFile.h"
 #include "converter/RecordWriter.h"
 #include "converter/VORN.h"
 
@@ -26,7 +25,7 @@ class Converter {
     int run(int fileCount, const char* const* paths);
 
   private:
-    bool convertFile(int fileCount, const char* path, PreparedFile& file);
+    bool convertFile(int fileCount, const char* path);
     bool checkNucTable(std::int16_t id, const char* path);
 
     RecordWriter& record_;

@@ -16,15 +16,6 @@ MarkupDocument& entered(MarkupDocument& document) {
     return document;
 }
 
-/// True when there is less to do for a vector than to tell of it, for many of them.
-bool isDense(const MarkupDocument& document) {
-    constexpr int many = 100'000;
-    constexpr std::size_t fewBytes = 100;
-    const int elements = document.x_RecordCount();
-    return elements >= many &&
-           document.GetDoc().size() / static_cast<std::size_t>(elements) < fewBytes;
-}
-
 }  // namespace
 
 // Elements are found forward only, and whether they are there is not asked: a missing one reads as
@@ -39,9 +30,6 @@ DataSection::DataSection(MarkupDocument& document)
 
 bool DataSection::convert(RecordWriter& record, Diagnostics& diagnostics,
                           CoefficientTable& table) const {
-    if (isDense(document_)) {
-        diagnostics.useThread();
-    }
     std::uint8_t count = 0;  // modulo 256, as the record's field
     document_.SavePos("");
     while (document_.FindElem(coefficientsList)) {

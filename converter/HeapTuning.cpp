@@ -3,10 +3,10 @@
 #include <malloc.h>
 #include <sys/mman.h>
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 
 namespace heap {
 
@@ -19,8 +19,6 @@ constexpr std::size_t hugePage = std::size_t{1} << 21;
 void keepFreedMemory() {
     ::mallopt(M_MMAP_THRESHOLD, 32 << 20);  // the largest that malloc accepts
     ::mallopt(M_TRIM_THRESHOLD, -1);
-    // A second thread would wait for the first again and again, and wakes up slowly.
-    ::mallopt(M_ARENA_MAX, 2);
 }
 
 // The C library can be told to use huge pages, but only by an environment variable. So its heap is
@@ -28,8 +26,8 @@ void keepFreedMemory() {
 // there, and what was cut off is what malloc hands out from then on. The block itself is never
 // touched and hence takes no memory; it is not freed, or it would be handed out first.
 void useHugePage() {
-    static std::atomic_flag isDone;
-    if (isDone.test_and_set()) {
+    static bool isDone = false;
+    if (std::exchange(isDone, true)) {
         return;
     }
     static char* untouched = nullptr;

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string>
 
 #include "base/Exception.h"
 
@@ -26,10 +27,6 @@ void RecordWriter::bytes(const void* data, std::size_t size) {
         return;
     }
     const char* bytes = static_cast<const char*>(data);
-    if (target_ != nullptr) {
-        append(bytes, size);
-        return;
-    }
     if (size >= directSize) {
         flush();
         write(bytes, size);
@@ -53,13 +50,6 @@ void RecordWriter::flush() {
     // Emptied first: what could not be written once is not tried again.
     used_ = 0;
     write(buffer_.data(), size);
-}
-
-void RecordWriter::append(const char* data, std::size_t size) {
-    if (size >= directSize || size > limit_ - target_->size()) {
-        throw vek::StdError(failureTitle, EFBIG);
-    }
-    target_->append(data, size);
 }
 
 void RecordWriter::write(const char* data, std::size_t size) const {

@@ -24,8 +24,7 @@ bool ranOutOfMemory(const MarkupDocument& document) {
 }  // namespace
 
 void VORN::init(const char* path, int fileCount, MarkupDocument& document, std::string& fileType) {
-    const bool isLoaded = !document.GetDoc().empty();
-    if (!isLoaded && !document.LoadMapped(path) && ranOutOfMemory(document)) {
+    if (!document.LoadMapped(path) && ranOutOfMemory(document)) {
         throw std::bad_alloc();
     }
     document.FindElem();

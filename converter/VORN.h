@@ -15,8 +15,7 @@ class VORN {
     VORN(RecordWriter& record, Diagnostics& diagnostics)
         : record_(record), diagnostics_(diagnostics) {}
 
-    /// Loads the file at `path` into `document`, unless that has been loaded before, and leaves it
-    /// inside the root element.
+    /// Loads the file at `path` into `document` and leaves it inside the root element.
     ///
     /// `fileType` belongs to the caller and is kept for the whole run. When it is empty this is the
     /// first file: it receives the root element's name, and the prologue is written, with the

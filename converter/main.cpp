@@ -8,7 +8,6 @@
 #include "converter/Converter.h"
 #include "converter/Diagnostics.h"
 #include "converter/HeapTuning.h"
-#include "converter/MessageThread.h"
 #include "converter/RecordWriter.h"
 
 namespace {
@@ -19,7 +18,6 @@ constexpr std::string_view outOfMemory = "out of memory\n";
 /// Ends the process when a part of a file that was not copied can't be had any more: the disk
 /// fails, or the file was cut short although the system was asked to hold that up.
 extern "C" void endWithoutInput(int) {
-    MessageThread::drainRunning();
     constexpr std::string_view message = "cannot read the input any more\n";
     static_cast<void>(::write(STDERR_FILENO, message.data(), message.size()) < 0);
     ::_exit(Converter::stopped);

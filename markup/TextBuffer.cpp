@@ -1,26 +1,22 @@
 #include "markup/TextBuffer.h"
 
 #include <cstring>
-#include <mutex>
 
 namespace {
 
 /// A mapped block that its text no longer needs. One is kept for the next text: files come one
-/// after another, and fresh pages would have to be cleared for each. All threads share it: a
-/// destructor for each would have to be registered, and the C library ends a process that has no
-/// memory for that. It is never destroyed: texts may outlive it.
+/// after another, and fresh pages would have to be cleared for each. It is never destroyed: texts
+/// may outlive it.
 union Spare {
     MemoryBlock block;
     constexpr Spare() : block() {}
     ~Spare() {}
 };
 constinit Spare spare;
-std::mutex spareAccess;
 constexpr std::size_t mostKept = std::size_t{1} << 26;
 
 /// Puts `block` in the place of the spare one and returns that.
 MemoryBlock exchangeSpare(MemoryBlock block) {
-    const std::lock_guard lock(spareAccess);
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-union-access): the only member, always there
     return std::exchange(spare.block, std::move(block));
 }

@@ -32,7 +32,6 @@ RUNS = [
     ("eqconvert utf8.xml utf16.xml", None, "alloc"),
     ("eqconvert utf8.xml latin.xml utf16.xml", None, EACH),
     ("eqconvert utf8.xml latin.xml", "/dev/full", "alloc write"),
-    ("eqconvert" + " small.xml" * 16, None, "alloc open read close"),  # a thread prepares some of them
     ("vekcat d/*::multi:basic d/*::buffer:1 d/*::bmulti:1 d/1::memory d/1::fstream d/1::basic "
      "-::buffer:1", None, "alloc open list read seek close write"),
     ("vekcat missing* d/1::missing missing::basic", None, "alloc"),

@@ -201,8 +201,8 @@ def make_case(seed, index):
         other_id = rng.choice(INTEGERS + ["5", "65541"] * 9) if rng.random() < 0.3 else nuc_id
         files[path] = b"" if rng.random() < 0.01 else file_bytes(rng, profile, other_root, other_id)
         arguments.append(rng.choice(UNREADABLE) if rng.random() < 0.03 else path)
-    if arguments and rng.random() < 0.03:  # so many that they are prepared before their turn
-        arguments = rng.choices(arguments, k=rng.randint(16, 40))
+    if arguments and rng.random() < 0.01:  # counts of one, two and three digits
+        arguments = rng.choices(arguments, k=rng.choice((9, 10, 40, 99, 100, 123)))
     return files, arguments
 
 
