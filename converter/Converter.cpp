@@ -24,14 +24,7 @@ bool Converter::convertFile(int fileCount, const char* path) {
     record_.setFill('0');
     record_.number(static_cast<std::size_t>(name.length()));  // 10
     record_.text(name.view());                                // 11
-    if (!data.convert(record_, diagnostics_, table_)) {
-        return false;
-    }
-    if (!document.x_IsTextIntact()) {
-        diagnostics_.say("file ", path, " was changed while it was in use\n");
-        return false;
-    }
-    return true;
+    return data.convert(record_, diagnostics_, table_);
 }
 
 /// Compares a file's NUC table identifier with the first file's. "None known" is encoded as a

@@ -24,7 +24,7 @@ bool ranOutOfMemory(const MarkupDocument& document) {
 }  // namespace
 
 void VORN::init(const char* path, int fileCount, MarkupDocument& document, std::string& fileType) {
-    if (!document.LoadMapped(path) && ranOutOfMemory(document)) {
+    if (!document.Load(path) && ranOutOfMemory(document)) {
         throw std::bad_alloc();
     }
     document.FindElem();

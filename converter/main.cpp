@@ -15,14 +15,6 @@ namespace {
 /// What is said when memory runs out: too short to need any.
 constexpr std::string_view outOfMemory = "out of memory\n";
 
-/// Ends the process when a part of a file that was not copied can't be had any more: the disk
-/// fails, or the file was cut short although the system was asked to hold that up.
-extern "C" void endWithoutInput(int) {
-    constexpr std::string_view message = "cannot read the input any more\n";
-    static_cast<void>(::write(STDERR_FILENO, message.data(), message.size()) < 0);
-    ::_exit(Converter::stopped);
-}
-
 /// Runs the converter. Running out of memory stops the run like an inconsistency; any other
 /// exception is a fault that ends the process.
 int convert(int fileCount, const char* const* paths, RecordWriter& record,
@@ -55,7 +47,6 @@ int main(int argc, char** argv) {
     // A closed pipe and a file that grows too large are to be reported as failed writes.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
-    std::signal(SIGBUS, endWithoutInput);
     heap::keepFreedMemory();
     Diagnostics diagnostics(STDERR_FILENO);
     try {

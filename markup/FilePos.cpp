@@ -21,9 +21,6 @@ constexpr int openStateFlags = DocFlagReadFile | DocFlagWriteFile | DocFlagAppen
 /// How much of a file is searched for its encoding.
 constexpr std::size_t probeLength = 1024;
 constexpr std::size_t maxErrorText = 100;
-/// The least length of a text that is worth a mapping of its own: shorter ones are read faster into
-/// the memory of the text before.
-constexpr std::size_t leastMapped = std::size_t{1} << 22;
 
 const Bom* findBom(std::string_view bytes) {
     for (const Bom& row : bomTable) {
@@ -312,9 +309,6 @@ bool FilePos::x_ReadConverted(TextBuffer& text, bool mayBeRagged) {
 bool FilePos::x_ReadUtf8(TextBuffer& text) {
     constexpr std::size_t pieceSize = std::size_t{1} << 18;
     constexpr std::size_t longestSequence = 4;
-    if (x_MapUtf8(text)) {
-        return x_FinishUtf8(text, text.size(), x_PlainUtf8Length(text.view()));
-    }
     const auto wanted = static_cast<std::size_t>(opByteLength);
     char* const data = text.reset(wanted);
     std::size_t got = 0;
@@ -328,13 +322,6 @@ bool FilePos::x_ReadUtf8(TextBuffer& text) {
         }
     }
     return x_FinishUtf8(text, got, plain);
-}
-
-/// Lets the text be the file itself; false when it has to be read.
-bool FilePos::x_MapUtf8(TextBuffer& text) {
-    const auto wanted = static_cast<std::size_t>(opByteLength);
-    return mayMap && file_ && fileByteOffset == 0 && wanted >= leastMapped &&
-           text.resetToFile(::fileno(file_.get()), wanted);
 }
 
 /// Finishes reading a text of which `got` bytes came, and the first `plain` are valid.

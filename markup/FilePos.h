@@ -77,7 +77,6 @@ class FilePos {
     std::int64_t remaining() const { return fileByteLength - fileByteOffset; }
 
     int docFlags;
-    bool mayMap = false;         ///< whether a text may stay where the system keeps its file
     int opByteLength = 0;        ///< bytes that the next read must read
     int blockSizeBasis = 16384;  ///< for reading block by block
     std::int64_t fileByteLength = 0;
@@ -106,7 +105,6 @@ class FilePos {
     bool x_ReadUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRagged);
     bool x_DetectEncoding(const TextBuffer& text, bool mayBeRagged);
     bool x_ReadUtf8(TextBuffer& text);
-    bool x_MapUtf8(TextBuffer& text);
     bool x_FinishUtf8(TextBuffer& text, std::size_t got, std::size_t plain);
     bool x_ConvertToUtf8(TextBuffer& text, TextArg from, MemoryBlock& source, int units);
 

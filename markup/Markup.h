@@ -71,16 +71,6 @@ class MarkupDocument {
     /// well-formed; false otherwise, with a "file_error" in the result log when it was not read:
     /// the document has no elements then.
     bool Load(TextArg path);
-    /// Loads as `Load` does. The text of a file of 4 MB or more in UTF-8 is then not copied where
-    /// the system grants that nobody changes the file as long as it is this document's text:
-    /// processes that are about to write to it wait, usually 45 s at most, and this one gets
-    /// SIGURG, which is ignored by default. After that the text may change: what was made of it
-    /// counts only if `x_IsTextIntact` says so in the end. On a disk that fails, or when the file
-    /// is cut short, using the text raises SIGBUS, for which the program has to be prepared. A
-    /// document loaded this way must not be saved to the same file.
-    bool LoadMapped(TextArg path);
-    /// False when the text was loaded by `LoadMapped` and its file has been changed since.
-    bool x_IsTextIntact() const { return docText_.isIntact(); }
     /// Reads a file as `Load` does, without parsing. `results` receives the result log. `flags` are
     /// document flags, in and out. `encoding` may name the encoding of a byte file, overriding the
     /// one it declares; else it receives the file's. The last three may be null.
@@ -218,7 +208,6 @@ class MarkupDocument {
     bool isRecord(int pos) const { return pos >= 0 && pos < x_RecordCount(); }
     bool isElement(int pos) const { return pos > 0 && pos < x_RecordCount(); }
 
-    bool x_Load(TextArg path, bool mayMap);
     void x_ForgetRecords() noexcept;
     void x_ResetRecords();
     void x_AppendResults(const std::string& results);

@@ -47,13 +47,12 @@ void settleEncoding(FilePos& file, std::string& encoding) {
 }
 
 /// Opens, reads and closes `path`. `results` is replaced by the log of these steps; `flags` are the
-/// document flags, in and out; `encoding` may be null; `mayMap` is as for FilePos.
+/// document flags, in and out; `encoding` may be null.
 bool readFile(TextArg path, TextBuffer& text, std::string& results, int& flags,
-              std::string* encoding, bool mayMap) {
+              std::string* encoding) {
     try {
         // Flags left over from writing must not open the file for writing.
         FilePos file((flags & ~(DocFlagWriteFile | DocFlagAppendFile)) | DocFlagReadFile);
-        file.mayMap = mayMap;
         const bool isOpen = file.FileOpen(path);
         results = file.ioResult;
         text.truncate(0);
@@ -147,20 +146,12 @@ bool readXmlDeclaration(std::string_view text, const NodePos& node, std::string&
 }  // namespace
 
 bool MarkupDocument::Load(TextArg path) {
-    return x_Load(path, false);
-}
-
-bool MarkupDocument::LoadMapped(TextArg path) {
-    return x_Load(path, true);
-}
-
-bool MarkupDocument::x_Load(TextArg path, bool mayMap) {
     if (inFileMode()) {
         return false;
     }
     // First of all: a load that fails must not leave records of the text that it replaces.
     x_ForgetRecords();
-    if (!readFile(path, docText_, resultText_, docFlags_, nullptr, mayMap)) {
+    if (!readFile(path, docText_, resultText_, docFlags_, nullptr)) {
         return false;
     }
     try {
@@ -179,8 +170,7 @@ bool MarkupDocument::ReadTextFile(TextArg path, std::string& text, std::string* 
     int ownFlags = 0;
     std::string& log = results != nullptr ? *results : ownResults;
     TextBuffer buffer;
-    const bool isRead =
-        readFile(path, buffer, log, flags != nullptr ? *flags : ownFlags, encoding, false);
+    const bool isRead = readFile(path, buffer, log, flags != nullptr ? *flags : ownFlags, encoding);
     try {
         text = buffer.view();
         return isRead;

@@ -1,11 +1,7 @@
 #include "markup/MemoryBlock.h"
 
-#include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <new>
@@ -15,10 +11,10 @@ namespace {
 constexpr std::size_t page = 4096;
 constexpr std::size_t hugePage = std::size_t{1} << 21;
 
-/// Maps memory or, for a descriptor that is not negative, a file; null when that fails.
-char* map(std::size_t size, int file = -1) {
-    const int flags = MAP_PRIVATE | (file < 0 ? MAP_ANONYMOUS : 0);
-    void* const area = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, flags, file, 0);
+/// Maps memory; null when there is none.
+char* map(std::size_t size) {
+    void* const area =
+        ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     return area == MAP_FAILED ? nullptr : static_cast<char*>(area);
 }
 
@@ -68,46 +64,12 @@ MemoryBlock::MemoryBlock(std::size_t size, Pages pages) : size_(size), isMapped_
     }
 }
 
-MemoryBlock MemoryBlock::ofFile(int file, std::size_t size) noexcept {
-    MemoryBlock block;
-    block.file_ = ::fcntl(file, F_DUPFD_CLOEXEC, 0);
-    // The signal that asks for the lease back would end the process if it were not one of those
-    // that are ignored. The size counts from when nobody can change it.
-    struct stat status {};
-    if (block.file_ < 0 || ::fcntl(block.file_, F_SETSIG, SIGURG) != 0 ||
-        ::fcntl(block.file_, F_SETLEASE, F_RDLCK) != 0 || ::fstat(block.file_, &status) != 0 ||
-        static_cast<std::size_t>(status.st_size) != size) {
-        return {};
-    }
-    block.changed_ = status.st_mtim;
-    block.data_ = map(size, block.file_);
-    block.isMapped_ = block.data_ != nullptr;
-    block.size_ = block.isMapped_ ? size : 0;
-    // Read now, when failing is no worse than not having the block.
-    if (!block.isMapped_ || ::madvise(block.data_, size, MADV_POPULATE_READ) != 0) {
-        return {};
-    }
-    return block;
-}
-
 MemoryBlock::~MemoryBlock() {
     if (data_ != nullptr && isMapped_) {
         ::munmap(data_, size_);
     } else {
         std::free(data_);
     }
-    if (file_ >= 0) {
-        // The descriptor may have been copied meanwhile; the lease ends all the same.
-        ::fcntl(file_, F_SETLEASE, F_UNLCK);
-        ::close(file_);
-    }
-}
-
-bool MemoryBlock::isIntact() const {
-    struct stat status {};
-    return !isFile() ||
-           (::fstat(file_, &status) == 0 && static_cast<std::size_t>(status.st_size) == size_ &&
-            status.st_mtim.tv_sec == changed_.tv_sec && status.st_mtim.tv_nsec == changed_.tv_nsec);
 }
 
 void MemoryBlock::discard(const char* end) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <ctime>
 #include <utility>
 
 /// A block of memory whose content is not defined at first, owned by one object. Large ones are
@@ -18,26 +17,15 @@ class MemoryBlock {
     /// A block of at least `size` bytes, aligned for any type. `HugePages` is a wish: where the
     /// system has none they are as usual. Throws std::bad_alloc.
     MemoryBlock(std::size_t size, Pages pages);
-    /// The `size` bytes of a file open for reading, where they lie in the system's memory; what is
-    /// written to them changes the block only. An empty block unless they are all there and the
-    /// system grants a lease: whoever is about to change the file has to wait until the block is
-    /// gone, or for as long as the system lets a lease last (45 s usually). After that the bytes
-    /// may change, which `isIntact` tells. What can't be supplied after all raises SIGBUS when it
-    /// is used.
-    static MemoryBlock ofFile(int file, std::size_t size) noexcept;
     MemoryBlock(MemoryBlock&& other) noexcept
         : data_(std::exchange(other.data_, nullptr)),
           size_(std::exchange(other.size_, 0)),
           isMapped_(other.isMapped_),
-          file_(std::exchange(other.file_, -1)),
-          changed_(other.changed_),
           discarded_(other.discarded_) {}
     MemoryBlock& operator=(MemoryBlock&& other) noexcept {
         std::swap(data_, other.data_);
         std::swap(size_, other.size_);
         std::swap(isMapped_, other.isMapped_);
-        std::swap(file_, other.file_);
-        std::swap(changed_, other.changed_);
         std::swap(discarded_, other.discarded_);
         return *this;
     }
@@ -55,10 +43,6 @@ class MemoryBlock {
     static bool isLarge(std::size_t size) { return size >= leastMapped; }
     /// True when the block is large enough to be mapped.
     bool isMapped() const { return isMapped_; }
-    /// True when the block shows a file.
-    bool isFile() const { return file_ >= 0; }
-    /// False when the block shows a file that was changed since.
-    bool isIntact() const;
 
   private:
     static constexpr std::size_t leastMapped = std::size_t{1} << 18;
@@ -66,7 +50,5 @@ class MemoryBlock {
     char* data_ = nullptr;
     std::size_t size_ = 0;
     bool isMapped_ = false;
-    int file_ = -1;              ///< that the block shows, open as long as the lease is needed
-    timespec changed_{};         ///< when that was changed last
     std::size_t discarded_ = 0;  ///< bytes at the start given back and not filled since
 };

@@ -24,7 +24,7 @@ MemoryBlock exchangeSpare(MemoryBlock block) {
 }  // namespace
 
 char* TextBuffer::reset(std::size_t size) {
-    if (size > block_.size() || block_.isFile()) {
+    if (size > block_.size()) {
         clear();
         block_ = MemoryBlock::isLarge(size) ? exchangeSpare({}) : MemoryBlock();
         // Neither too small nor so large that another text would keep much memory for nothing.
@@ -38,13 +38,6 @@ char* TextBuffer::reset(std::size_t size) {
     return block_.data();
 }
 
-bool TextBuffer::resetToFile(int file, std::size_t size) noexcept {
-    clear();
-    block_ = MemoryBlock::ofFile(file, size);
-    size_ = block_.size();
-    return block_.isFile();
-}
-
 void TextBuffer::assign(std::string_view text) {
     reset(text.size());
     if (!text.empty()) {
@@ -55,7 +48,7 @@ void TextBuffer::assign(std::string_view text) {
 void TextBuffer::clear() noexcept {
     size_ = 0;
     MemoryBlock given = std::move(block_);
-    if (given.isMapped() && !given.isFile() && given.size() != 0 && given.size() <= mostKept) {
+    if (given.isMapped() && given.size() != 0 && given.size() <= mostKept) {
         exchangeSpare(std::move(given));
     }
 }

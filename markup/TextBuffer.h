@@ -22,8 +22,6 @@ class TextBuffer {
     char* data() { return block_.data(); }
     std::size_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
-    /// False when the text is that of a file which was changed since.
-    bool isIntact() const { return block_.isIntact(); }
 
     /// The block that the text lies in, from its first byte on.
     MemoryBlock& block() { return block_; }
@@ -31,9 +29,6 @@ class TextBuffer {
     /// Makes room for `size` bytes, whose content is not defined, and returns the first. What was
     /// there before is lost. Throws std::bad_alloc, leaving the buffer empty.
     char* reset(std::size_t size);
-    /// Takes the `size` bytes of an open file for the text, where they lie; see
-    /// MemoryBlock::ofFile. False, with an empty buffer, when they are not to be had.
-    bool resetToFile(int file, std::size_t size) noexcept;
     /// Keeps the first `size` bytes. Requires: size <= size().
     void truncate(std::size_t size) { size_ = size; }
     /// Copies `text`, which must not lie in the buffer.
