@@ -1,6 +1,9 @@
 #include "converter/Message.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 
 /// Adds a text for which there is no room left.
 void Message::addLong(std::string_view text) {
@@ -8,12 +11,12 @@ void Message::addLong(std::string_view text) {
     used_ = 0;
 }
 
-void writeRest(int descriptor, std::string_view message, long written) {
-    while (written > 0 || written == -EINTR) {
-        message.remove_prefix(static_cast<std::size_t>(std::max(written, 0L)));
-        if (message.empty()) {
+void writeMessage(int descriptor, std::string_view message) {
+    while (!message.empty()) {
+        const ssize_t written = ::write(descriptor, message.data(), message.size());
+        if (written < 0 && errno != EINTR) {
             return;
         }
-        written = writeDirectly(descriptor, message.data(), message.size());
+        message.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
     }
 }

@@ -9,8 +9,6 @@
 #include <string>
 #include <string_view>
 
-#include "converter/DirectWrite.h"
-
 /// A message for people, put together from texts and decimal integers; usual ones without taking
 /// memory. It is built to be written at once.
 class Message {
@@ -53,15 +51,6 @@ class Message {
     std::string longStart_;  ///< the start of a message that is longer than usual
 };
 
-/// Writes what is left of a message when `written` bytes of it are, or the negative error number is
-/// what came of that.
-void writeRest(int descriptor, std::string_view message, long written);
-
 /// Writes a message to a descriptor, in one system call if that takes it whole. What can't be
 /// written is dropped: there is nobody left to tell.
-inline void writeMessage(int descriptor, std::string_view message) {
-    const long written = writeDirectly(descriptor, message.data(), message.size());
-    if (written != static_cast<long>(message.size())) {
-        writeRest(descriptor, message, written);
-    }
-}
+void writeMessage(int descriptor, std::string_view message);
