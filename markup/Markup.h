@@ -211,9 +211,6 @@ class MarkupDocument {
     void x_ForgetRecords() noexcept;
     void x_ResetRecords();
     void x_AppendResults(const std::string& results);
-    void x_ParsePlain(Parse& parse, TokenPos& token);
-    std::size_t x_ParsePlainEnd(Parse& parse, const std::uint32_t* marks);
-    std::size_t x_ParsePlainStart(Parse& parse, const std::uint32_t* marks);
     ElemPos& x_AddElem(Parse& parse, int start, int tagLength);
     void x_Enter(Parse& parse, std::string_view name) const;
     void x_OpenElem(Parse& parse, const TokenPos& token, const NodePos& node);

@@ -1,13 +1,10 @@
 // The parser: turns the nodes of the tokenizer into element records.
 
 #include <algorithm>
-#include <bit>
 
 #include "markup/Markup.h"
 #include "markup/OpenTagStack.h"
 #include "markup/ResultLog.h"
-#include "markup/TagMarks.h"
-#include "markup/TextScan.h"
 
 /// What one run of x_ParseElem keeps beside the document.
 struct MarkupDocument::Parse {
@@ -16,7 +13,6 @@ struct MarkupDocument::Parse {
     int current;    ///< innermost open element, `parent` when there is none
     int last;       ///< last child of that, 0 when it has none
     int levelBase;  ///< level of `parent`
-    TagMarks marks;
     int first = 0;  ///< first record made
 };
 
@@ -41,71 +37,6 @@ bool isDense(std::string_view text) {
         isDense = isSampleDense(n);
     }
     return isDense;
-}
-
-/// Plain tags are looked for only where so many bytes follow, which is enough for the longest plain
-/// one and whatever is read of it in blocks: nobody need ask then what is left.
-constexpr std::size_t plainRoom = 64;
-constexpr std::size_t mostPlainName = 2 * x_BlockSize;
-constexpr std::size_t mostInTag = 3 * x_BlockSize;
-
-/// Whether a name is of letters, digits, "_" and ":" and not too long. Requires: plainRoom bytes
-/// from the tag's "<" on.
-bool isPlainName(const char* name, std::size_t length) {
-    const auto isPlain = [name](std::size_t start, std::size_t size) {
-        return (x_NoNameBytes(name + start) & ((1U << size) - 1)) == 0;
-    };
-    if (length <= x_BlockSize) {
-        return length != 0 && isPlain(0, length);
-    }
-    return length <= mostPlainName && isPlain(0, x_BlockSize) &&
-           isPlain(x_BlockSize, length - x_BlockSize);
-}
-
-/// The length of the name at the start of `inTag`, what stands in a start tag of `length` bytes and
-/// its ">", where one attribute follows it in the form name="value", the value being of the same
-/// bytes as names; 0 for anything else. Requires: length <= mostInTag; room as for isPlainName.
-std::size_t nameBeforeAttribute(const char* inTag, std::size_t length) {
-    std::uint64_t others = 0;
-    for (std::size_t i = 0; i < mostInTag; i += x_BlockSize) {
-        others |= std::uint64_t{x_NoNameBytes(inTag + i)} << i;
-    }
-    const auto nextOther = [&others] {
-        const int place = std::countr_zero(others);
-        others &= others - 1;
-        return static_cast<std::size_t>(place);
-    };
-    const std::size_t space = nextOther();
-    const std::size_t equal = nextOther();
-    const std::size_t opening = nextOther();
-    const std::size_t closing = nextOther();
-    const bool isPlain = closing + 1 == length && opening == equal + 1 && inTag[space] == ' ' &&
-                         inTag[equal] == '=' && inTag[opening] == '"' && inTag[closing] == '"' &&
-                         x_IsClass(inTag[space + 1], ClassNameStart);
-    return isPlain && space <= mostPlainName ? space : 0;
-}
-
-/// The length of the name in a plain start tag, which is that name or has one plain attribute too;
-/// 0 for any other. `inTag` are the `length` bytes between its "<" and the next mark. Requires: as
-/// for isPlainName.
-std::size_t plainTagName(const char* inTag, std::size_t length) {
-    if (length > mostInTag || inTag[length] != '>' || !x_IsClass(*inTag, ClassNameStart)) {
-        return 0;
-    }
-    return isPlainName(inTag, length) ? length : nameBeforeAttribute(inTag, length);
-}
-
-/// Whether two plain names of the same length are equal. Requires: as for isPlainName, of both.
-bool arePlainNamesEqual(const char* name, const char* other, std::size_t length) {
-    if (length > x_BlockSize) {
-        if (x_SameBytes(name, other) != x_WholeBlock) {
-            return false;
-        }
-        name += x_BlockSize;
-        other += x_BlockSize;
-        length -= x_BlockSize;
-    }
-    return std::countr_one(x_SameBytes(name, other)) >= static_cast<int>(length);
 }
 
 }  // namespace
@@ -152,15 +83,10 @@ int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
     if (!isRecord(parent)) {
         return 0;
     }
-    Parse parse{OpenTagStack(hasFlag(DocFlagIgnoreCase)),
-                parent,
-                parent,
-                x_LastChild(parent),
-                tree_[parent].level(),
-                TagMarks(docText_.view())};
+    Parse parse{OpenTagStack(hasFlag(DocFlagIgnoreCase)), parent, parent, x_LastChild(parent),
+                tree_[parent].level()};
     NodePos node;
     while (true) {
-        x_ParsePlain(parse, token);
         switch (token.ParseNode(node)) {
             case NodeElement:
                 x_OpenElem(parse, token, node);
@@ -187,69 +113,6 @@ void MarkupDocument::x_AppendResults(const std::string& results) {
     if (resultText_.size() < resultLogLimit) {
         resultText_ += results;
     }
-}
-
-/// Parses what parameter files are made of, text and plain tags, in a fraction of the time that the
-/// tokenizer takes, and leaves the token on the first tag that is anything else. To the same
-/// effect: text makes no records, and what is not found to be plain may well be so.
-void MarkupDocument::x_ParsePlain(Parse& parse, TokenPos& token) {
-    const std::string_view text = docText_.view();
-    parse.marks.seek(token.position());
-    while (true) {
-        const std::uint32_t* const marks = parse.marks.next();
-        const std::size_t open = marks[0];
-        token.next = static_cast<int>(open);
-        if (text.size() - open < plainRoom) {
-            return;
-        }
-        const std::size_t used = text[open] == '>'       ? 1
-                                 : text[open + 1] == '/' ? x_ParsePlainEnd(parse, marks)
-                                                         : x_ParsePlainStart(parse, marks);
-        if (used == 0) {
-            return;
-        }
-        parse.marks.skip(used);
-    }
-}
-
-/// Closes the innermost open element by the end tag at the first of the next marks, and returns how
-/// many of them it has; 0 when it is not plain or not that element's.
-std::size_t MarkupDocument::x_ParsePlainEnd(Parse& parse, const std::uint32_t* marks) {
-    const std::string_view text = docText_.view();
-    const char* const name = text.data() + marks[0] + 2;
-    const std::size_t length = marks[1] - marks[0] - 2;  // wraps around where no name fits
-    if (parse.tags.depth() == 0 || parse.tags.top().name().size() != length ||
-        !isPlainName(name, length) || name[length] != '>' ||
-        !arePlainNamesEqual(name, parse.tags.top().nameStart, length)) {
-        return 0;
-    }
-    ElemPos& elem = tree_[parse.current];
-    elem.close(static_cast<int>(marks[1]) + 1, static_cast<int>(length) + 3);
-    parse.last = parse.current;
-    parse.current = elem.parent;
-    parse.tags.pop();
-    return 2;
-}
-
-/// Adds the element of the start tag at the first of the next marks, also with its end tag when
-/// that is the next tag, and returns how many marks they have; 0 when the start tag is not plain.
-std::size_t MarkupDocument::x_ParsePlainStart(Parse& parse, const std::uint32_t* marks) {
-    const std::string_view text = docText_.view();
-    const char* const name = text.data() + marks[0] + 1;
-    const std::size_t tagLength = marks[1] - marks[0] + 1;
-    const std::size_t length = plainTagName(name, tagLength - 2);
-    if (length == 0) {
-        return 0;
-    }
-    ElemPos& elem = x_AddElem(parse, static_cast<int>(marks[0]), static_cast<int>(tagLength));
-    const char* const end = text.data() + marks[2];
-    if (text.size() - marks[2] >= plainRoom && marks[3] - marks[2] == length + 2 && end[0] == '<' &&
-        end[1] == '/' && end[length + 2] == '>' && arePlainNamesEqual(name, end + 2, length)) {
-        elem.close(static_cast<int>(marks[3]) + 1, static_cast<int>(length) + 3);
-        return 4;
-    }
-    x_Enter(parse, {name, length});
-    return 2;
 }
 
 /// The last child of record `pos`, 0 when it has none.

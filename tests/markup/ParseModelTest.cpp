@@ -151,52 +151,6 @@ TEST(ParseModel, AgreesOnRandomStreamsOfTags) {
     }
 }
 
-// The tags that the parser knows without the tokenizer, in lengths around what it looks at
-// together, and what is nearly such a tag.
-TEST(ParseModel, AgreesOnPlainTags) {
-    static const std::vector<std::size_t> lengths{1, 2, 15, 16, 17, 31, 32, 33, 61, 62, 63, 70};
-    static const std::vector<std::string> contents{"",
-                                                   "",
-                                                   "x",
-                                                   " \n ",
-                                                   ">",
-                                                   "x>y",
-                                                   "&lt;",
-                                                   "<!--<a>-->",
-                                                   std::string(70, '>'),
-                                                   std::string(130, 'x'),
-                                                   std::string(500, 'y'),
-                                                   std::string(9000, 'z')};
-    static const std::vector<std::string> attributes{
-        " a=\"1\"",  " a1=\"b_:\"", " a=\"\"",          " a='1'", " a=\"x>y\"", " a=\"/\"",
-        " a =\"1\"", " a=\"1\" ",   " a=\"b\" c=\"d\"", " a=b",   " =\"1\"",    " 1=\"2\"",
-        " a=\"1\"/", "  a=\"1\"",   " a=\"\xC3\xA9\"",  "=\"1\"", "\ta=\"1\"",  " a\"1\""};
-    static const std::vector<std::string> oddities{
-        "<", "</", "<a", "<1>", "< a>", "</a b>", "<a b='>'>", "<a-b>", "<\xE9>", "<a/>", "<A>"};
-    std::mt19937 random(3);
-    for (int round = 0; round < 4000; ++round) {
-        std::string text;
-        std::vector<std::string> open;
-        for (auto n = random() % (round % 64 == 0 ? 900 : 24); n > 0; --n) {
-            if (random() % 2 == 0) {
-                open.push_back(std::string(lengths[random() % lengths.size()], 'n'));
-                open.back().back() = "n0_:9"[random() % 5];
-                text += "<" + open.back();
-                text += random() % 4 == 0 ? attributes[random() % attributes.size()] : "";
-                text += ">";
-            } else if (!open.empty()) {
-                std::string name = open.back();
-                open.pop_back();
-                name[random() % name.size()] = random() % 8 == 0 ? 'o' : name.back();
-                text += "</" + name + ">";
-            }
-            text += contents[random() % contents.size()];
-            text += random() % 16 == 0 ? oddities[random() % oddities.size()] : "";
-        }
-        compare(text, round % 2 == 0 ? 0 : DocFlagIgnoreCase);
-    }
-}
-
 TEST(ParseModel, AgreesOnDamagedDocuments) {
     static const std::string base =
         "<?xml version='1.0'?><!DOCTYPE r [<!ENTITY e '>'>]><r a='1' b=\"x>y\"><!-- c "
