@@ -11,7 +11,7 @@ std::string findElementText(MarkupDocument& document, const char* name) {
 
 std::string_view findElementText(MarkupDocument& document, const PathPos& name,
                                  std::string& storage) {
-    return document.FindElem(name) ? document.x_GetDataView(document.x_GetPosition().main, storage)
+    return document.FindElem(name) ? document.dataView(document.position().main, storage)
                                    : std::string_view();
 }
 

@@ -56,8 +56,7 @@ bool TdiConfiguration::readDetector(std::uint8_t bandId) {
     document_.IntoElem();
     document_.FindElem(applicabilityDate);
     while (document_.FindElem(anyElement)) {
-        const int kind =
-            CoefficientTable::kindOf(document_.x_GetTagNameView(document_.x_GetPosition().main));
+        const int kind = CoefficientTable::kindOf(document_.tagNameView(document_.position().main));
         if (kind < 0) {
             break;
         }
@@ -76,8 +75,7 @@ bool TdiConfiguration::readVector(std::uint8_t bandId, const Detector& detector,
         return false;
     }
     const std::string_view name = CoefficientTable::kindNames[static_cast<std::size_t>(kind)];
-    const std::string_view text =
-        document_.x_GetDataView(document_.x_GetPosition().main, dataStorage_);
+    const std::string_view text = document_.dataView(document_.position().main, dataStorage_);
     const bool isInDocument = dataStorage_.empty();
     const long count =
         table_.appendValues(detector.id, kind, text, isInDocument ? document_.GetDoc() : text);

@@ -13,12 +13,12 @@
 #include "fuzz/Check.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/MemoryFile.h"
-#include "markup/EncodingNameTable.h"
 #include "markup/FilePos.h"
 #include "markup/Markup.h"
-#include "markup/TextEncoding.h"
-#include "markup/UnicodeCodec.h"
-#include "markup/Utf8Sweep.h"
+#include "markup/text/EncodingNameTable.h"
+#include "markup/text/TextEncoding.h"
+#include "markup/text/UnicodeCodec.h"
+#include "markup/text/Utf8Sweep.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ std::string pickName(FuzzInput& in) {
     if (length >= 0x80) {
         return std::string(in.bytes(length - 0x80));
     }
-    const auto names = x_EncodingNames();
+    const auto names = markup::allEncodingNames();
     return std::string(names[in.raw<std::uint16_t>() % names.size()].name) + in.choose(suffixes);
 }
 
@@ -175,7 +175,7 @@ void checkBlocks(std::string_view bytes, unsigned block, MemoryFile& file) {
 /// The sweep takes just the plain texts, which come back from every conversion as they are.
 void checkUtf8(std::string_view bytes, unsigned block, MemoryFile& file) {
     const ExactCopy text(bytes);
-    const bool isPlain = x_PlainUtf8Length(text.view()) == text.view().size();
+    const bool isPlain = markup::plainUtf8Length(text.view()) == text.view().size();
     check(isPlain == isPlainUtf8(text.view()), "plain UTF-8 is told apart");
     if (!isPlain) {
         return;
@@ -226,7 +226,7 @@ void checkFiles(const std::string& from, const std::string& to, std::string byte
 class Converters {
   public:
     Converters() {
-        for (const EncodingName& row : x_EncodingNames()) {
+        for (const EncodingName& row : markup::allEncodingNames()) {
             const std::string name = upperCase(std::string(row.name));
             converters_.push_back(iconv_open("UTF-8", name.c_str()));
             converters_.push_back(iconv_open(name.c_str(), "UTF-8"));

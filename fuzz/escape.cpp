@@ -9,9 +9,9 @@
 #include "fuzz/Check.h"
 #include "fuzz/FuzzInput.h"
 #include "markup/Markup.h"
-#include "markup/PredefEntityTable.h"
-#include "markup/TextEscape.h"
-#include "markup/UnicodeCodec.h"
+#include "markup/text/PredefEntityTable.h"
+#include "markup/text/TextEscape.h"
+#include "markup/text/UnicodeCodec.h"
 
 namespace {
 
@@ -19,14 +19,14 @@ constexpr std::string_view blanks = " \n\t\r";
 
 std::string unescaped(std::string_view text, int flags = 0) {
     std::string out;
-    x_AppendUnescaped(out, text, flags);
+    markup::appendUnescaped(out, text, flags);
     return out;
 }
 
 /// The character of the reference whose name is given, 0 for none.
 std::uint32_t characterOf(const std::string& name) {
     if (!name.starts_with('#')) {
-        return static_cast<std::uint32_t>(x_FindPredefEntity(name));
+        return static_cast<std::uint32_t>(markup::findPredefEntity(name));
     }
     const bool isHex = name.size() > 1 && (name[1] == 'x' || name[1] == 'X');
     const long value = std::strtol(name.c_str() + (isHex ? 2 : 1), nullptr, isHex ? 16 : 10);

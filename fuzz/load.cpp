@@ -23,7 +23,7 @@ void checkRules(const MarkupDocument& document) {
 std::string pickName(const MarkupDocument& document, FuzzInput& in) {
     static const std::string before[] = {"", "/", "//", "x/", "["};
     static const std::string behind[] = {"", "/x", "[1]", "[@x='1']", "/@x", "]", " "};
-    const int count = document.x_RecordCount();
+    const int count = document.recordCount();
     const auto pos = count == 0 ? 0 : in.pick(0, count - 1);
     return in.choose(before) + document.x_GetTagName(static_cast<int>(pos)) + in.choose(behind);
 }
@@ -37,7 +37,7 @@ bool isSame(const MarkupDocument::Position& a, const MarkupDocument::Position& b
 void readAll(const MarkupDocument& document) {
     document.GetTagName();
     std::string storage;
-    const std::string_view view = document.x_GetDataView(document.x_GetPosition().main, storage);
+    const std::string_view view = document.dataView(document.position().main, storage);
     checkSame(document.GetData(), view, "the data and its view agree");
     std::string name;
     std::string value;
@@ -53,7 +53,7 @@ void readAll(const MarkupDocument& document) {
 
 /// One move of any kind; one that finds nothing leaves the position as it was.
 void move(MarkupDocument& document, FuzzInput& in) {
-    const MarkupDocument::Position before = document.x_GetPosition();
+    const MarkupDocument::Position before = document.position();
     bool hasMoved = true;
     bool mayMove = false;
     switch (in.upTo(9)) {
@@ -90,7 +90,7 @@ void move(MarkupDocument& document, FuzzInput& in) {
             document.SavePos(in.oneIn(3) ? "a" : "", in.byte() % 4 - 1);
             hasMoved = false;
     }
-    check(hasMoved || mayMove || isSame(before, document.x_GetPosition()),
+    check(hasMoved || mayMove || isSame(before, document.position()),
           "a move that finds nothing moves nothing");
     checkRules(document);
     readAll(document);
@@ -103,13 +103,13 @@ void walkElements(MarkupDocument& document) {
     while (true) {
         if (document.FindElem()) {
             ++met;
-            check(document.x_GetPosition().main == met, "the walk meets the records in order");
+            check(document.position().main == met, "the walk meets the records in order");
             document.IntoElem();
         } else if (!document.OutOfElem()) {
             break;
         }
     }
-    check(met + 1 == document.x_RecordCount() || document.x_RecordCount() == 0,
+    check(met + 1 == document.recordCount() || document.recordCount() == 0,
           "the walk meets every record");
 }
 
@@ -117,13 +117,13 @@ void walkElements(MarkupDocument& document) {
 void walkNodes(MarkupDocument& document) {
     int end = 0;
     while (document.FindNode() != 0) {
-        const MarkupDocument::Position& at = document.x_GetPosition();
-        const ElemPos& element = document.x_Record(at.main);
+        const MarkupDocument::Position& at = document.position();
+        const ElemPos& element = document.record(at.main);
         const bool isElement = at.nodeLength == 0;
         check((isElement ? element.start : at.nodeOffset) == end, "nodes follow one another");
         end += isElement ? element.length : at.nodeLength;
     }
-    check(end == static_cast<int>(document.GetDoc().size()) || document.x_RecordCount() == 0,
+    check(end == static_cast<int>(document.GetDoc().size()) || document.recordCount() == 0,
           "the nodes are the whole text");
 }
 

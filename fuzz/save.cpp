@@ -10,9 +10,9 @@
 #include "fuzz/FuzzInput.h"
 #include "fuzz/MemoryFile.h"
 #include "markup/BomTable.h"
-#include "markup/EncodingNameTable.h"
 #include "markup/Markup.h"
-#include "markup/TextEncoding.h"
+#include "markup/text/EncodingNameTable.h"
+#include "markup/text/TextEncoding.h"
 
 namespace {
 
@@ -58,9 +58,9 @@ bool isRead(const MarkupDocument& document) {
 }
 
 void checkSameTree(const MarkupDocument& a, const MarkupDocument& b) {
-    check(a.x_RecordCount() == b.x_RecordCount(), "there are as many elements");
-    for (int i = 0; i < a.x_RecordCount(); ++i) {
-        check(std::memcmp(&a.x_Record(i), &b.x_Record(i), sizeof(ElemPos)) == 0,
+    check(a.recordCount() == b.recordCount(), "there are as many elements");
+    for (int i = 0; i < a.recordCount(); ++i) {
+        check(std::memcmp(&a.record(i), &b.record(i), sizeof(ElemPos)) == 0,
               "the elements are the same");
     }
 }

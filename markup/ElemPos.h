@@ -21,7 +21,7 @@ struct ElemPos {
     std::int32_t start;   ///< offset of the "<" of the start tag
     std::int32_t length;  ///< through the end tag's ">"; of an empty or unended element, of its tag
     /// Bits 0-21: length of the start tag; bits 22-31: length of the end tag, 0 when it has none.
-    /// Longer tags keep only their low bits; `MarkupDocument::x_StartTagLength` works out the rest.
+    /// Longer tags keep only their low bits; `MarkupDocument::startTagLength` works out the rest.
     std::uint32_t tagLengths;
     std::uint32_t levelAndFlags;  ///< bits 0-15: nesting depth, its low 16 bits; above: `ElemFlag`
     std::int32_t parent;

@@ -29,7 +29,7 @@ void ElemPosTree::GrowElemPosTree(int newSize) {
 }
 
 void ElemPosTree::Clear() {
-    std::vector<MemoryBlock>().swap(pages_);
+    std::vector<Pages>().swap(pages_);
     std::vector<ElemPos*>().swap(records_);
     size_ = 0;
 }
@@ -37,8 +37,8 @@ void ElemPosTree::Clear() {
 void ElemPosTree::replacePage(std::size_t index, int keep, int count) {
     // Once a page is full the next one is likely to be, and a full one is just a huge page.
     const bool isSure = isFullExpected_ || (index > 0 && count == pageRecords);
-    MemoryBlock fresh(static_cast<std::size_t>(count) * sizeof(ElemPos),
-                      isSure ? MemoryBlock::HugePages : MemoryBlock::UsualPages);
+    Pages fresh(static_cast<std::size_t>(count) * sizeof(ElemPos),
+                isSure ? Pages::huge : Pages::usual);
     std::copy_n(records(index), keep, reinterpret_cast<ElemPos*>(fresh.data()));
     pages_[index] = std::move(fresh);
     records_[index] = reinterpret_cast<ElemPos*>(pages_[index].data());

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "markup/ElemPos.h"
-#include "markup/MemoryBlock.h"
+#include "markup/text/Pages.h"
 
 /// The element position records of a document, in pages of 65,536, so that growth never moves more
 /// than one page. Records are addressed by index; what a fresh record holds is not defined.
@@ -37,7 +37,7 @@ class ElemPosTree {
     ElemPos* records(std::size_t page) const { return records_[page]; }
     void replacePage(std::size_t index, int keep, int count);
 
-    std::vector<MemoryBlock> pages_;
+    std::vector<Pages> pages_;
     std::vector<ElemPos*> records_;  ///< where each page begins
     int size_ = 0;
     bool isFullExpected_ = false;

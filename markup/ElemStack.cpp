@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "markup/NameCompare.h"
+#include "markup/text/NameCompare.h"
 
 int ElemStack::PushTagAndCount(std::string_view name) {
     const int slot = CalcSlot(name.data(), static_cast<int>(name.size()), ignoreCase_);
@@ -10,7 +10,7 @@ int ElemStack::PushTagAndCount(std::string_view name) {
     ++depth_;
     for (int index = head; index != 0;) {
         Tag& tag = tags_[static_cast<std::size_t>(index) - 1];
-        if (tag.parent == current_ && x_NamesEqual(tag.name, name, ignoreCase_)) {
+        if (tag.parent == current_ && markup::namesEqual(tag.name, name, ignoreCase_)) {
             current_ = index;
             return ++tag.count;
         }
@@ -36,5 +36,5 @@ int ElemStack::CalcSlot(const char* name, int length, bool ignoreCase) {
         return 0;
     }
     const std::string_view text(name, static_cast<std::size_t>(length));
-    return static_cast<int>(x_ByteSum(text, ignoreCase) % unsigned{slotCount});
+    return static_cast<int>(markup::byteSum(text, ignoreCase) % unsigned{slotCount});
 }

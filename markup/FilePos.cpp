@@ -9,11 +9,11 @@
 
 #include "markup/BomTable.h"
 #include "markup/DocFlags.h"
-#include "markup/EncodingNameTable.h"
 #include "markup/Markup.h"
 #include "markup/ResultLog.h"
-#include "markup/TextEncoding.h"
-#include "markup/Utf8Sweep.h"
+#include "markup/text/EncodingNameTable.h"
+#include "markup/text/TextEncoding.h"
+#include "markup/text/Utf8Sweep.h"
 
 namespace {
 
@@ -132,8 +132,8 @@ bool FilePos::FileOpen(TextArg path) {
     fileByteLength = 0;
     fileByteOffset = 0;
     encoding.clear();
-    const bool isReady = isWriting ? x_BeginWriting(isAppending)
-                                   : x_Measure() && (fileByteLength == 0 || x_FindEncoding());
+    const bool isReady = isWriting ? beginWriting(isAppending)
+                                   : measure() && (fileByteLength == 0 || findEncoding());
     if (!isReady) {
         FileErrorAddResult();
         file_.reset();
@@ -141,20 +141,20 @@ bool FilePos::FileOpen(TextArg path) {
     return isReady;
 }
 
-bool FilePos::x_SeekTo(std::int64_t offset, int whence) {
+bool FilePos::seekTo(std::int64_t offset, int whence) {
     errno = 0;
     return fseeko(file_.get(), offset, whence) == 0;
 }
 
-bool FilePos::x_Measure() {
-    if (!x_SeekTo(0, SEEK_END)) {
+bool FilePos::measure() {
+    if (!seekTo(0, SEEK_END)) {
         return false;
     }
     fileByteLength = ftello(file_.get());
-    return fileByteLength >= 0 && x_SeekTo(0, SEEK_SET);
+    return fileByteLength >= 0 && seekTo(0, SEEK_SET);
 }
 
-bool FilePos::x_FindEncoding() {
+bool FilePos::findEncoding() {
     std::array<char, probeLength> probe;
     const auto length =
         static_cast<std::size_t>(std::min<std::int64_t>(fileByteLength, probeLength));
@@ -178,7 +178,7 @@ bool FilePos::x_FindEncoding() {
             encoding = "UTF-8";
         }
     }
-    return x_SeekTo(fileByteOffset, SEEK_SET);
+    return seekTo(fileByteOffset, SEEK_SET);
 }
 
 bool FilePos::FileClose() {
@@ -210,18 +210,18 @@ bool FilePos::FileReadText(TextBuffer& text) {
         opByteLength = static_cast<int>(remaining());
     }
     if (isUtf16()) {
-        return x_ReadUtf16(text, mayBeRagged);
+        return readUtf16(text, mayBeRagged);
     }
     const bool assumedUtf8 = encoding.empty();
     if (assumedUtf8) {
         encoding = "UTF-8";
     }
     if (!mayBeRagged && isUtf8Name(encoding)) {
-        return x_ReadUtf8(text);
+        return readUtf8(text);
     }
     return TextEncoding::CanConvert("UTF-8", encoding)
-               ? x_ReadConverted(text, mayBeRagged)
-               : x_ReadUnconverted(text, assumedUtf8, mayBeRagged);
+               ? readConverted(text, mayBeRagged)
+               : readUnconverted(text, assumedUtf8, mayBeRagged);
 }
 
 bool FilePos::FileRead(void* buffer) {
@@ -230,10 +230,10 @@ bool FilePos::FileRead(void* buffer) {
         return FileErrorAddResult(EBADF);
     }
     const auto wanted = static_cast<std::size_t>(opByteLength);
-    if (!x_CountRead(buffer, readBytes(file_.get(), static_cast<char*>(buffer), wanted))) {
+    if (!countRead(buffer, readBytes(file_.get(), static_cast<char*>(buffer), wanted))) {
         return false;
     }
-    x_RemoveNulls(buffer);
+    closeUpNulls(buffer);
     if (charUnitSize == 2 && x_EndianSwapRequired(docFlags) != 0) {
         x_EndianSwapUTF16(static_cast<unsigned short*>(buffer), opTextLength);
         x_AddResult(ioResult, "endian_swap");
@@ -242,7 +242,7 @@ bool FilePos::FileRead(void* buffer) {
 }
 
 /// Accounts for the `got` bytes that a read delivered; a short read is an error.
-bool FilePos::x_CountRead(void* buffer, std::size_t got) {
+bool FilePos::countRead(void* buffer, std::size_t got) {
     const auto wanted = static_cast<std::size_t>(opByteLength);
     opTextLength = static_cast<int>(got) / charUnitSize;
     if (got < wanted) {
@@ -255,7 +255,7 @@ bool FilePos::x_CountRead(void* buffer, std::size_t got) {
     return true;
 }
 
-void FilePos::x_RemoveNulls(void* buffer) {
+void FilePos::closeUpNulls(void* buffer) {
     const int kept = charUnitSize == 2
                          ? removeNulls(static_cast<unsigned short*>(buffer), opTextLength)
                          : removeNulls(static_cast<char*>(buffer), opTextLength);
@@ -275,7 +275,7 @@ bool FilePos::FileCheckRaggedEnd(void* buffer) {
                     RESULT_ENCODING);
     } else if (trailingBytes != 0) {
         fileByteOffset -= trailingBytes;
-        x_SeekTo(fileByteOffset, SEEK_SET);
+        seekTo(fileByteOffset, SEEK_SET);
         opByteLength -= trailingBytes;
         opTextLength -= trailingBytes / charUnitSize;
         x_AddResult(ioResult, "read", nullptr, RESULT_MODIFY | RESULT_LENGTH, opTextLength);
@@ -283,30 +283,30 @@ bool FilePos::FileCheckRaggedEnd(void* buffer) {
     return true;
 }
 
-bool FilePos::x_ReadUtf16(TextBuffer& text, bool mayBeRagged) {
+bool FilePos::readUtf16(TextBuffer& text, bool mayBeRagged) {
     const auto units = static_cast<std::size_t>(opByteLength) / 2 + 1;
-    MemoryBlock buffer(units * sizeof(unsigned short), MemoryBlock::HugePages);
+    Pages buffer(units * sizeof(unsigned short), Pages::huge);
     const bool isRead = FileRead(buffer.data());
     if (mayBeRagged) {
         FileCheckRaggedEnd(buffer.data());
     }
     // With flag 128 left over from an earlier file the unit is still a byte.
-    return x_ConvertToUtf8(text, "UTF-16", buffer, opTextLength * charUnitSize / 2) && isRead;
+    return convertToUtf8(text, "UTF-16", buffer, opTextLength * charUnitSize / 2) && isRead;
 }
 
-bool FilePos::x_ReadConverted(TextBuffer& text, bool mayBeRagged) {
-    MemoryBlock buffer(static_cast<std::size_t>(opByteLength), MemoryBlock::HugePages);
+bool FilePos::readConverted(TextBuffer& text, bool mayBeRagged) {
+    Pages buffer(static_cast<std::size_t>(opByteLength), Pages::huge);
     const bool isRead = FileRead(buffer.data());
     if (mayBeRagged) {
         FileCheckRaggedEnd(buffer.data());
     }
-    return x_ConvertToUtf8(text, sourceEncoding(encoding), buffer, opTextLength) && isRead;
+    return convertToUtf8(text, sourceEncoding(encoding), buffer, opTextLength) && isRead;
 }
 
 /// Reads UTF-8 in place. The rules ask for a conversion to UTF-8, but what a sweep proves valid
 /// would come back the same; only other texts are converted. Each piece is swept while it is still
 /// near the processor.
-bool FilePos::x_ReadUtf8(TextBuffer& text) {
+bool FilePos::readUtf8(TextBuffer& text) {
     constexpr std::size_t pieceSize = std::size_t{1} << 18;
     constexpr std::size_t longestSequence = 4;
     const auto wanted = static_cast<std::size_t>(opByteLength);
@@ -318,42 +318,42 @@ bool FilePos::x_ReadUtf8(TextBuffer& text) {
         last = readBytes(file_.get(), data + got, std::min(pieceSize, wanted - got));
         // What is left of the piece before may be a sequence that was cut off, and no more.
         if (got - plain < longestSequence) {
-            plain += x_PlainUtf8Length({data + plain, got + last - plain});
+            plain += markup::plainUtf8Length({data + plain, got + last - plain});
         }
     }
-    return x_FinishUtf8(text, got, plain);
+    return finishUtf8(text, got, plain);
 }
 
 /// Finishes reading a text of which `got` bytes came, and the first `plain` are valid.
-bool FilePos::x_FinishUtf8(TextBuffer& text, std::size_t got, std::size_t plain) {
+bool FilePos::finishUtf8(TextBuffer& text, std::size_t got, std::size_t plain) {
     char* const data = text.data();
-    bool isRead = x_CountRead(data, got);
+    bool isRead = countRead(data, got);
     if (isRead && plain < got) {
-        x_RemoveNulls(data);
+        closeUpNulls(data);
     }
     text.truncate(static_cast<std::size_t>(opTextLength));
-    if (plain == got || x_PlainUtf8Length(text.view()) == text.size()) {
+    if (plain == got || markup::plainUtf8Length(text.view()) == text.size()) {
         x_AddResult(ioResult, "converted_to", "UTF-8", RESULT_ENCODING | RESULT_LENGTH,
                     opTextLength);
         return isRead;
     }
     TextBuffer converted;
-    isRead = x_ConvertToUtf8(converted, "UTF-8", text.block(), opTextLength) && isRead;
+    isRead = convertToUtf8(converted, "UTF-8", text.block(), opTextLength) && isRead;
     text = std::move(converted);
     return isRead;
 }
 
-bool FilePos::x_ReadUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRagged) {
+bool FilePos::readUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRagged) {
     text.reset(static_cast<std::size_t>(opByteLength));
     bool isRead = FileRead(text.data());
-    const bool convertAgain = assumedUtf8 && x_DetectEncoding(text, mayBeRagged);
+    const bool convertAgain = assumedUtf8 && detectEncoding(text, mayBeRagged);
     if (mayBeRagged) {
         FileCheckRaggedEnd(text.data());
     }
     text.truncate(static_cast<std::size_t>(opTextLength));
     if (convertAgain) {
         TextBuffer converted;
-        isRead = x_ConvertToUtf8(converted, encoding, text.block(), opTextLength) && isRead;
+        isRead = convertToUtf8(converted, encoding, text.block(), opTextLength) && isRead;
         text = std::move(converted);
     }
     if (assumedUtf8) {
@@ -364,7 +364,7 @@ bool FilePos::x_ReadUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRa
 
 /// Takes a text assumed to be UTF-8 as what it proves to be, else as the platform's default
 /// character set; true when it then has to be converted.
-bool FilePos::x_DetectEncoding(const TextBuffer& text, bool mayBeRagged) {
+bool FilePos::detectEncoding(const TextBuffer& text, bool mayBeRagged) {
     int nonAscii = 0;
     bool errorAtEnd = false;
     const bool isUtf8 =
@@ -379,7 +379,7 @@ bool FilePos::x_DetectEncoding(const TextBuffer& text, bool mayBeRagged) {
 
 /// Converts a text, which may be lost, and adds what came of it to the log. False, with a
 /// "file_error", when the result would be too long for a document.
-bool FilePos::x_ConvertToUtf8(TextBuffer& text, TextArg from, MemoryBlock& source, int units) {
+bool FilePos::convertToUtf8(TextBuffer& text, TextArg from, Pages& source, int units) {
     TextEncoding conversion(from, source.data(), units);
     // Both texts at once would take twice the memory.
     conversion.ConsumeSource(source);

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "markup/TextArg.h"
-#include "markup/TextBuffer.h"
+#include "markup/text/TextArg.h"
+#include "markup/text/TextBuffer.h"
 
 /// One file while it is being read or written: its encoding, how far it has come, and a result log
 /// of its own in the form of the document's. Lives for one load or save; closes its file when
@@ -59,7 +59,7 @@ class FilePos {
 
     /// Takes the encoding that `text` declares, else "UTF-8", unless the file has one or the text
     /// is empty.
-    void x_ChooseEncoding(std::string_view text);
+    void chooseEncoding(std::string_view text);
 
     /// Adds a "file_error" for the last failed call, 5 (I/O error) when the system left no number.
     /// Always false.
@@ -91,22 +91,22 @@ class FilePos {
         void operator()(std::FILE* file) const { std::fclose(file); }
     };
 
-    bool x_BeginWriting(bool isAppending);
-    bool x_WriteUtf16(const char* text, int length);
-    bool x_WriteConverted(const char* text, int length);
-    bool x_WriteBytes(const void* bytes);
-    bool x_CountRead(void* buffer, std::size_t got);
-    void x_RemoveNulls(void* buffer);
-    bool x_Measure();
-    bool x_FindEncoding();
-    bool x_SeekTo(std::int64_t offset, int whence);
-    bool x_ReadUtf16(TextBuffer& text, bool mayBeRagged);
-    bool x_ReadConverted(TextBuffer& text, bool mayBeRagged);
-    bool x_ReadUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRagged);
-    bool x_DetectEncoding(const TextBuffer& text, bool mayBeRagged);
-    bool x_ReadUtf8(TextBuffer& text);
-    bool x_FinishUtf8(TextBuffer& text, std::size_t got, std::size_t plain);
-    bool x_ConvertToUtf8(TextBuffer& text, TextArg from, MemoryBlock& source, int units);
+    bool beginWriting(bool isAppending);
+    bool writeUtf16(const char* text, int length);
+    bool writeConverted(const char* text, int length);
+    bool writeBytes(const void* bytes);
+    bool countRead(void* buffer, std::size_t got);
+    void closeUpNulls(void* buffer);
+    bool measure();
+    bool findEncoding();
+    bool seekTo(std::int64_t offset, int whence);
+    bool readUtf16(TextBuffer& text, bool mayBeRagged);
+    bool readConverted(TextBuffer& text, bool mayBeRagged);
+    bool readUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRagged);
+    bool detectEncoding(const TextBuffer& text, bool mayBeRagged);
+    bool readUtf8(TextBuffer& text);
+    bool finishUtf8(TextBuffer& text, std::size_t got, std::size_t plain);
+    bool convertToUtf8(TextBuffer& text, TextArg from, Pages& source, int units);
 
     std::unique_ptr<std::FILE, Closer> file_;
 };

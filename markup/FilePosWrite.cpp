@@ -5,11 +5,11 @@
 #include <climits>
 
 #include "markup/BomTable.h"
-#include "markup/EncodingNameTable.h"
 #include "markup/FilePos.h"
 #include "markup/Markup.h"
 #include "markup/ResultLog.h"
-#include "markup/TextEncoding.h"
+#include "markup/text/EncodingNameTable.h"
+#include "markup/text/TextEncoding.h"
 
 namespace {
 
@@ -33,9 +33,9 @@ int clampLength(int length, std::size_t size) {
 
 }  // namespace
 
-bool FilePos::x_BeginWriting(bool isAppending) {
+bool FilePos::beginWriting(bool isAppending) {
     if (isAppending) {
-        if (!x_SeekTo(0, SEEK_END)) {
+        if (!seekTo(0, SEEK_END)) {
             return false;
         }
         fileByteLength = ftello(file_.get());
@@ -65,7 +65,7 @@ bool FilePos::x_BeginWriting(bool isAppending) {
     return true;
 }
 
-void FilePos::x_ChooseEncoding(std::string_view text) {
+void FilePos::chooseEncoding(std::string_view text) {
     if (encoding.empty() && !text.empty()) {
         encoding = MarkupDocument::GetDeclaredEncoding(text);
         if (encoding.empty()) {
@@ -85,16 +85,16 @@ bool FilePos::FileWriteText(std::string_view text, int length) {
         return true;
     }
     if (isUtf16()) {
-        return x_WriteUtf16(text.data(), length);
+        return writeUtf16(text.data(), length);
     }
     if (TextEncoding::CanConvert(encoding, "UTF-8")) {
-        return x_WriteConverted(text.data(), length);
+        return writeConverted(text.data(), length);
     }
     opTextLength = length;
     return FileWrite(nullptr, text.data());
 }
 
-bool FilePos::x_WriteUtf16(const char* text, int length) {
+bool FilePos::writeUtf16(const char* text, int length) {
     TextEncoding conversion("UTF-8", text, length);
     opTextLength = conversion.PerformConversion(nullptr, "UTF-16");
     const auto units =
@@ -104,7 +104,7 @@ bool FilePos::x_WriteUtf16(const char* text, int length) {
     return FileWrite(units.get(), nullptr);
 }
 
-bool FilePos::x_WriteConverted(const char* text, int length) {
+bool FilePos::writeConverted(const char* text, int length) {
     TextEncoding conversion("UTF-8", text, length);
     const std::int64_t bytes =
         std::int64_t{conversion.PerformConversion(nullptr, encoding)} * unitSizeOf(encoding);
@@ -130,7 +130,7 @@ bool FilePos::FileWrite(void* buffer, const void* constBuffer) {
     }
     opByteLength = static_cast<int>(bytes);
     if (x_EndianSwapRequired(docFlags) == 0 || charUnitSize != 2) {
-        return x_WriteBytes(buffer != nullptr ? buffer : constBuffer);
+        return writeBytes(buffer != nullptr ? buffer : constBuffer);
     }
     std::unique_ptr<unsigned short[]> copy;
     auto* units = static_cast<unsigned short*>(buffer);
@@ -143,10 +143,10 @@ bool FilePos::FileWrite(void* buffer, const void* constBuffer) {
     }
     x_EndianSwapUTF16(units, opTextLength);
     x_AddResult(ioResult, "endian_swap");
-    return x_WriteBytes(units);
+    return writeBytes(units);
 }
 
-bool FilePos::x_WriteBytes(const void* bytes) {
+bool FilePos::writeBytes(const void* bytes) {
     if (!file_) {
         return FileErrorAddResult(EBADF);
     }
@@ -165,7 +165,7 @@ bool FilePos::FileFlush(std::string& buffer, int length, bool flush) {
     length = clampLength(length, buffer.size());
     if (length != 0) {
         if (fileByteOffset == 0) {
-            x_ChooseEncoding(buffer);
+            chooseEncoding(buffer);
         }
         if (!FileWriteText(buffer, length)) {
             return false;

@@ -3,10 +3,10 @@
 #include <climits>
 #include <cstring>
 
-#include "markup/EncodingNameTable.h"
 #include "markup/ResultLog.h"
-#include "markup/TextEncoding.h"
-#include "markup/UnicodeCodec.h"
+#include "markup/text/EncodingNameTable.h"
+#include "markup/text/TextEncoding.h"
+#include "markup/text/UnicodeCodec.h"
 
 MarkupDocument::MarkupDocument() {
     // So that there is always room to tell that memory ran out.
@@ -45,7 +45,7 @@ bool MarkupDocument::SetDoc(const std::string& text) {
     if (inFileMode()) {
         return false;
     }
-    x_ForgetRecords();  // first: there may be no memory for the text
+    forgetRecords();  // first: there may be no memory for the text
     docText_.assign(text);
     resultText_.clear();
     return x_ParseDoc();
@@ -55,7 +55,7 @@ bool MarkupDocument::IsWellFormed() const {
     if (hasFlag(DocFlagWriteFile)) {
         return true;
     }
-    const bool hasRecords = x_RecordCount() != 0;
+    const bool hasRecords = recordCount() != 0;
     if (hasRecords && tree_[0].hasFlag(ElemFlagIllFormed)) {
         return false;
     }
@@ -64,7 +64,7 @@ bool MarkupDocument::IsWellFormed() const {
 }
 
 std::string MarkupDocument::GetError() const {
-    return x_RenderResults(resultText_);
+    return markup::renderResults(resultText_);
 }
 
 int MarkupDocument::GetEncodingCodePage(TextArg name) {

@@ -8,9 +8,9 @@
 #include "markup/NodeTypes.h"
 #include "markup/PathPos.h"
 #include "markup/SavedPosMap.h"
-#include "markup/TextArg.h"
-#include "markup/TextBuffer.h"
 #include "markup/TokenPos.h"
+#include "markup/text/TextArg.h"
+#include "markup/text/TextBuffer.h"
 
 class OpenTagStack;
 
@@ -120,7 +120,7 @@ class MarkupDocument {
     bool SetMapSize(int size, int map = 0);
 
     /// The current position, for callers that keep record indices.
-    const Position& x_GetPosition() const { return pos_; }
+    const Position& position() const { return pos_; }
 
     // ---- Names, attributes and data at the current position
 
@@ -169,14 +169,14 @@ class MarkupDocument {
     /// that the path names; 0 when there is none.
     int x_FindElem(int parent, int from, const PathPos& path) const;
     /// Name, data and attribute of record `pos`; "" when there is no such record.
-    std::string x_GetTagName(int pos) const { return std::string(x_GetTagNameView(pos)); }
+    std::string x_GetTagName(int pos) const { return std::string(tagNameView(pos)); }
     std::string x_GetData(int pos) const;
     std::string x_GetAttrib(int pos, TextArg name) const;
     /// The name without a copy; valid until the document gets another text.
-    std::string_view x_GetTagNameView(int pos) const;
+    std::string_view tagNameView(int pos) const;
     /// The data of record `pos` without a copy where it stands in the text as it is; else it is put
     /// into `storage`. Valid while both stay unchanged.
-    std::string_view x_GetDataView(int pos, std::string& storage) const;
+    std::string_view dataView(int pos, std::string& storage) const;
     /// Drops saved positions whose record was released.
     void x_CheckSavedPos();
 
@@ -189,12 +189,12 @@ class MarkupDocument {
     bool x_AllocElemPos(int n = 0);
 
     /// Number of records in use, the document's own included; 0 before the first parse.
-    int x_RecordCount() const { return tree_.size() == 0 ? 0 : freePos_; }
-    /// Record `pos`. Requires: 0 <= pos < x_RecordCount().
-    const ElemPos& x_Record(int pos) const { return tree_[pos]; }
+    int recordCount() const { return tree_.size() == 0 ? 0 : freePos_; }
+    /// Record `pos`. Requires: 0 <= pos < recordCount().
+    const ElemPos& record(int pos) const { return tree_[pos]; }
     /// True length of the start tag of record `pos`, also where the record keeps only low bits; 0
     /// when there is no such element.
-    int x_StartTagLength(int pos) const;
+    int startTagLength(int pos) const;
 
     /// Checks every rule that holds between records, position and text, in time linear in the
     /// document. Returns "" or the first rule found broken; for tests and fuzzers.
@@ -205,31 +205,31 @@ class MarkupDocument {
 
     bool hasFlag(int flag) const { return (docFlags_ & flag) != 0; }
     bool inFileMode() const { return hasFlag(DocFlagReadFile | DocFlagWriteFile); }
-    bool isRecord(int pos) const { return pos >= 0 && pos < x_RecordCount(); }
-    bool isElement(int pos) const { return pos > 0 && pos < x_RecordCount(); }
+    bool isRecord(int pos) const { return pos >= 0 && pos < recordCount(); }
+    bool isElement(int pos) const { return pos > 0 && pos < recordCount(); }
 
-    void x_ForgetRecords() noexcept;
-    void x_ResetRecords();
-    void x_AppendResults(const std::string& results);
-    ElemPos& x_AddElem(Parse& parse, int start, int tagLength);
-    void x_Enter(Parse& parse, std::string_view name) const;
-    void x_OpenElem(Parse& parse, const TokenPos& token, const NodePos& node);
-    void x_EndElem(Parse& parse, const TokenPos& token, const NodePos& node);
-    void x_CloseUnended(Parse& parse, int depth, int closedAt);
-    int x_LastChild(int pos) const;
-    void x_LinkLastChild(Parse& parse, int pos, ElemPos& elem);
-    void x_LiftChildren(int pos, int parent);
+    void forgetRecords() noexcept;
+    void resetRecords();
+    void appendResults(const std::string& results);
+    ElemPos& addElem(Parse& parse, int start, int tagLength);
+    void enter(Parse& parse, std::string_view name) const;
+    void openElem(Parse& parse, const TokenPos& token, const NodePos& node);
+    void endElem(Parse& parse, const TokenPos& token, const NodePos& node);
+    void closeUnended(Parse& parse, int depth, int closedAt);
+    int lastChild(int pos) const;
+    void linkLastChild(Parse& parse, int pos, ElemPos& elem);
+    void liftChildren(int pos, int parent);
 
-    void x_SetPos(int parent, int main, int child);
-    bool x_OnOtherNode() const { return pos_.nodeLength != 0; }
-    int x_NodeSearchStart() const;
-    bool x_IsEndTagOf(int parent, const NodePos& node) const;
-    std::string_view x_Slice(int offset, int length) const;
-    std::string_view x_TagNameAt(int pos) const;
-    bool x_IsCalled(int pos, const PathPos& path) const;
-    std::string x_GetNodeData() const;
-    std::string_view x_GetContent(std::string_view content, std::string& storage) const;
-    TokenPos x_StartTagToken(int pos) const;
+    void setPos(int parent, int main, int child);
+    bool isOnOtherNode() const { return pos_.nodeLength != 0; }
+    int nodeSearchStart() const;
+    bool isEndTagOf(int parent, const NodePos& node) const;
+    std::string_view slice(int offset, int length) const;
+    std::string_view tagNameAt(int pos) const;
+    bool isCalled(int pos, const PathPos& path) const;
+    std::string nodeData() const;
+    std::string_view contentOf(std::string_view content, std::string& storage) const;
+    TokenPos startTagToken(int pos) const;
     std::string checkRecord(int pos) const;
     std::string checkPosition() const;
 

@@ -21,7 +21,7 @@ std::string firstBroken(std::initializer_list<Rule> rules) {
 }  // namespace
 
 std::string MarkupDocument::checkInvariants() const {
-    const int count = x_RecordCount();
+    const int count = recordCount();
     std::string broken = firstBroken({
         {count >= 1 && count <= tree_.size(), "a document has a record 0 and no more than fit"},
         {count < 1 || tree_[0].start == 0, "record 0 starts with the text"},
@@ -36,7 +36,7 @@ std::string MarkupDocument::checkInvariants() const {
 }
 
 std::string MarkupDocument::checkRecord(int pos) const {
-    const int count = x_RecordCount();
+    const int count = recordCount();
     const ElemPos& elem = tree_[pos];
     const auto valid = [count](int link) { return link >= 0 && link < count; };
     std::string broken = firstBroken({
@@ -50,7 +50,7 @@ std::string MarkupDocument::checkRecord(int pos) const {
         return broken;
     }
     const ElemPos& parent = tree_[elem.parent];
-    const int tagLength = x_StartTagLength(pos);
+    const int tagLength = startTagLength(pos);
     const bool isFirst = elem.hasFlag(ElemFlagFirst);
     return firstBroken({
         {docText_.view()[static_cast<std::size_t>(elem.start)] == '<',
@@ -75,7 +75,7 @@ std::string MarkupDocument::checkRecord(int pos) const {
 }
 
 std::string MarkupDocument::checkPosition() const {
-    const int count = x_RecordCount();
+    const int count = recordCount();
     const auto valid = [count](int link) { return link >= 0 && link < count; };
     const auto size = static_cast<int>(docText_.size());
     const bool inRange = valid(pos_.parent) && valid(pos_.main) && valid(pos_.child);

@@ -3,28 +3,28 @@
 #include <algorithm>
 
 #include "markup/Markup.h"
-#include "markup/TextEscape.h"
-#include "markup/TextScan.h"
+#include "markup/text/CharClass.h"
+#include "markup/text/TextEscape.h"
 
-std::string_view MarkupDocument::x_Slice(int offset, int length) const {
+std::string_view MarkupDocument::slice(int offset, int length) const {
     return docText_.view().substr(static_cast<std::size_t>(offset),
                                   static_cast<std::size_t>(std::max(length, 0)));
 }
 
 /// The name in the start tag of record `pos`: from behind the "<" to a byte that ends names.
-std::string_view MarkupDocument::x_TagNameAt(int pos) const {
+std::string_view MarkupDocument::tagNameAt(int pos) const {
     const std::string_view text = docText_.view();
     // A record fresh from x_GetFreePos lies nowhere in the text.
     const std::size_t first = std::min(static_cast<std::size_t>(tree_[pos].start) + 1, text.size());
-    return text.substr(first, x_SkipName(text, first, ClassName) - first);
+    return text.substr(first, markup::findClass(text, first, ClassName) - first);
 }
 
-std::string_view MarkupDocument::x_GetTagNameView(int pos) const {
-    return isElement(pos) ? x_TagNameAt(pos) : std::string_view();
+std::string_view MarkupDocument::tagNameView(int pos) const {
+    return isElement(pos) ? tagNameAt(pos) : std::string_view();
 }
 
 std::string MarkupDocument::GetTagName() const {
-    if (!x_OnOtherNode()) {
+    if (!isOnOtherNode()) {
         return x_GetTagName(pos_.main);
     }
     int names = 1;
@@ -45,13 +45,13 @@ std::string MarkupDocument::GetTagName() const {
         default:
             return {};
     }
-    TokenPos token(x_Slice(0, pos_.nodeOffset + pos_.nodeLength), docFlags_, pos_.nodeOffset + 2);
+    TokenPos token(slice(0, pos_.nodeOffset + pos_.nodeLength), docFlags_, pos_.nodeOffset + 2);
     while (names-- > 0 && token.FindName()) {
     }
     return token.GetTokenText();
 }
 
-int MarkupDocument::x_StartTagLength(int pos) const {
+int MarkupDocument::startTagLength(int pos) const {
     if (!isElement(pos)) {
         return 0;
     }
@@ -68,61 +68,60 @@ int MarkupDocument::x_StartTagLength(int pos) const {
 
 std::string MarkupDocument::x_GetData(int pos) const {
     std::string storage;
-    const std::string_view data = x_GetDataView(pos, storage);
+    const std::string_view data = dataView(pos, storage);
     return storage.empty() ? std::string(data) : std::move(storage);
 }
 
-std::string_view MarkupDocument::x_GetDataView(int pos, std::string& storage) const {
+std::string_view MarkupDocument::dataView(int pos, std::string& storage) const {
     storage.clear();
-    if (pos == pos_.main && x_OnOtherNode()) {
-        return storage = x_GetNodeData();
+    if (pos == pos_.main && isOnOtherNode()) {
+        return storage = nodeData();
     }
     if (!isElement(pos)) {
         return {};
     }
     const ElemPos& elem = tree_[pos];
-    const int tagLength = x_StartTagLength(pos);
+    const int tagLength = startTagLength(pos);
     if (tagLength == elem.length || elem.child != 0) {
         return {};
     }
-    return x_GetContent(
-        x_Slice(elem.start + tagLength, elem.length - tagLength - elem.endTagLength()), storage);
+    return contentOf(slice(elem.start + tagLength, elem.length - tagLength - elem.endTagLength()),
+                     storage);
 }
 
-std::string MarkupDocument::x_GetNodeData() const {
+std::string MarkupDocument::nodeData() const {
     const int offset = pos_.nodeOffset;
     const int length = pos_.nodeLength;
     switch (pos_.nodeType) {
         case NodeComment:
-            return std::string(x_Slice(offset + 4, length - 7));
+            return std::string(slice(offset + 4, length - 7));
         case NodeProcessingInstruction:
-            return std::string(x_Slice(offset + 2, length - 4));
+            return std::string(slice(offset + 2, length - 4));
         case NodeCDataSection:
             // "<![C]]>" opens a section as well: shorter than the marks, it holds nothing.
-            return length < 12 ? std::string() : std::string(x_Slice(offset + 9, length - 12));
+            return length < 12 ? std::string() : std::string(slice(offset + 9, length - 12));
         case NodeText: {
             std::string data;
-            x_AppendUnescaped(data, x_Slice(offset, length), docFlags_);
+            markup::appendUnescaped(data, slice(offset, length), docFlags_);
             return data;
         }
         case NodeLoneEndTag:
-            return std::string(x_Slice(offset + 2, length - 3));
+            return std::string(slice(offset + 2, length - 3));
         default:
-            return std::string(x_Slice(offset, length));
+            return std::string(slice(offset, length));
     }
 }
 
 /// The data of a leaf element's content. White space counts when it is all there is, but a run of
 /// it between comments or sections is dropped: "<a> </a>" holds " ", "<a> <!--c--></a>" nothing.
-std::string_view MarkupDocument::x_GetContent(std::string_view content,
-                                              std::string& storage) const {
-    const std::size_t mark = x_FindMark(content);
+std::string_view MarkupDocument::contentOf(std::string_view content, std::string& storage) const {
+    const bool isPlain = content.find('<') == std::string_view::npos;
     const bool isTrimmed = hasFlag(DocFlagTrimWhitespace | DocFlagCollapseWhitespace);
-    if (mark == content.size() && !isTrimmed) {
+    if (isPlain && !isTrimmed && content.find('&') == std::string_view::npos) {
         return content;
     }
-    if (content.find('<', mark) == std::string_view::npos) {
-        x_AppendUnescaped(storage, content, docFlags_);
+    if (isPlain) {
+        markup::appendUnescaped(storage, content, docFlags_);
         return storage;
     }
     TokenPos token(content, docFlags_);
@@ -131,7 +130,7 @@ std::string_view MarkupDocument::x_GetContent(std::string_view content,
         const std::string_view text = content.substr(static_cast<std::size_t>(node.start),
                                                      static_cast<std::size_t>(node.length));
         if (node.type == NodeText) {
-            x_AppendUnescaped(storage, text, docFlags_);
+            markup::appendUnescaped(storage, text, docFlags_);
         } else if (node.type == NodeCDataSection && text.size() > 12) {
             storage += text.substr(9, text.size() - 12);
         }
@@ -141,20 +140,20 @@ std::string_view MarkupDocument::x_GetContent(std::string_view content,
 
 /// A cursor behind the "<" of the start tag of record `pos`. The tokenizer and the attribute walk
 /// cut a tag into the same tokens, so the walk ends with the tag.
-TokenPos MarkupDocument::x_StartTagToken(int pos) const {
+TokenPos MarkupDocument::startTagToken(int pos) const {
     return TokenPos(docText_.view(), docFlags_, tree_[pos].start + 1);
 }
 
 std::string MarkupDocument::x_GetAttrib(int pos, TextArg name) const {
     TokenPos token("");
     if (isElement(pos) && pos_.nodeType == NodeElement) {
-        token = x_StartTagToken(pos);
-    } else if (pos == pos_.main && pos_.nodeType == NodeProcessingInstruction && x_OnOtherNode()) {
+        token = startTagToken(pos);
+    } else if (pos == pos_.main && pos_.nodeType == NodeProcessingInstruction && isOnOtherNode()) {
         token = TokenPos(docText_.view(), docFlags_, pos_.nodeOffset + 2);
     }
     std::string value;
     if (!name.isNull() && token.FindAttrib(name)) {
-        x_AppendUnescaped(value, token.token(), docFlags_);
+        markup::appendUnescaped(value, token.token(), docFlags_);
     }
     return value;
 }
@@ -174,7 +173,7 @@ bool MarkupDocument::GetNthAttrib(int n, std::string& name, std::string& value) 
     attribWalk_ = {pos_.main, n, token.priorName};
     name = std::move(found);
     value.clear();
-    x_AppendUnescaped(value, token.token(), docFlags_);
+    markup::appendUnescaped(value, token.token(), docFlags_);
     return true;
 }
 

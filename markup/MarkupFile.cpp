@@ -84,7 +84,7 @@ bool writeFile(TextArg path, std::string_view text, std::string& results, int& f
         if (!isOpen) {
             return false;
         }
-        file.x_ChooseEncoding(text);
+        file.chooseEncoding(text);
         if (encoding != nullptr) {
             settleEncoding(file, *encoding);
         }
@@ -150,14 +150,14 @@ bool MarkupDocument::Load(TextArg path) {
         return false;
     }
     // First of all: a load that fails must not leave records of the text that it replaces.
-    x_ForgetRecords();
+    forgetRecords();
     if (!readFile(path, docText_, resultText_, docFlags_, nullptr)) {
         return false;
     }
     try {
         return x_ParseDoc();
     } catch (const std::bad_alloc&) {
-        x_ForgetRecords();
+        forgetRecords();
         docText_.clear();
         addOutOfMemory(resultText_);
         return false;

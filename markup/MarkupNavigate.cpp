@@ -1,22 +1,22 @@
 // Moving the current position over elements and other nodes.
 
-#include "markup/CharClass.h"
 #include "markup/Markup.h"
-#include "markup/NameCompare.h"
+#include "markup/text/CharClass.h"
+#include "markup/text/NameCompare.h"
 
-void MarkupDocument::x_SetPos(int parent, int main, int child) {
+void MarkupDocument::setPos(int parent, int main, int child) {
     pos_ = {parent, main, child, main != 0 ? NodeElement : 0, 0, 0};
 }
 
 bool MarkupDocument::FindElem(const PathPos& path) {
-    if (hasFlag(DocFlagWriteFile) || x_RecordCount() == 0) {
+    if (hasFlag(DocFlagWriteFile) || recordCount() == 0) {
         return false;
     }
     const int found = x_FindElem(pos_.parent, pos_.main, path);
     if (found == 0) {
         return false;
     }
-    x_SetPos(tree_[found].parent, found, 0);
+    setPos(tree_[found].parent, found, 0);
     return true;
 }
 
@@ -30,8 +30,8 @@ int MarkupDocument::x_FindElem(int parent, int from, const PathPos& path) const 
         return pos;
     }
     const bool ignoreCase = hasFlag(DocFlagIgnoreCase);
-    while (pos != 0 && !(ignoreCase ? x_NamesEqual(x_TagNameAt(pos), path.firstName(), true)
-                                    : x_IsCalled(pos, path))) {
+    while (pos != 0 && !(ignoreCase ? markup::namesEqual(tagNameAt(pos), path.firstName(), true)
+                                    : isCalled(pos, path))) {
         pos = tree_[pos].next;
     }
     return pos;
@@ -39,7 +39,7 @@ int MarkupDocument::x_FindElem(int parent, int from, const PathPos& path) const 
 
 /// Whether the tag of record `pos` has the first name of the path, byte by byte: without looking
 /// for the end of the tag's name first.
-bool MarkupDocument::x_IsCalled(int pos, const PathPos& path) const {
+bool MarkupDocument::isCalled(int pos, const PathPos& path) const {
     const std::string_view text = docText_.view();
     const std::string_view name = path.firstName();
     const std::size_t first = static_cast<std::size_t>(tree_[pos].start) + 1;
@@ -48,11 +48,11 @@ bool MarkupDocument::x_IsCalled(int pos, const PathPos& path) const {
         return false;
     }
     const std::size_t end = first + name.size();
-    return end == text.size() || x_IsClass(text[end], ClassName);
+    return end == text.size() || markup::isClass(text[end], ClassName);
 }
 
 bool MarkupDocument::FindChildElem(TextArg name) {
-    if (inFileMode() || x_RecordCount() == 0) {
+    if (inFileMode() || recordCount() == 0) {
         return false;
     }
     if (pos_.main == 0 && !FindElem()) {
@@ -63,7 +63,7 @@ bool MarkupDocument::FindChildElem(TextArg name) {
         return false;
     }
     const int main = tree_[found].parent;
-    x_SetPos(tree_[main].parent, main, found);
+    setPos(tree_[main].parent, main, found);
     return true;
 }
 
@@ -71,7 +71,7 @@ bool MarkupDocument::IntoElem() {
     if (pos_.main == 0 || pos_.nodeType != NodeElement) {
         return false;
     }
-    x_SetPos(pos_.main, pos_.child, 0);
+    setPos(pos_.main, pos_.child, 0);
     return true;
 }
 
@@ -79,14 +79,14 @@ bool MarkupDocument::OutOfElem() {
     if (pos_.parent == 0) {
         return false;
     }
-    x_SetPos(tree_[pos_.parent].parent, pos_.parent, pos_.main);
+    setPos(tree_[pos_.parent].parent, pos_.parent, pos_.main);
     return true;
 }
 
 /// Where FindNode starts to scan: behind the current node, else at the start of the parent's
 /// content; -1 when the parent has no content.
-int MarkupDocument::x_NodeSearchStart() const {
-    if (x_OnOtherNode()) {
+int MarkupDocument::nodeSearchStart() const {
+    if (isOnOtherNode()) {
         return pos_.nodeOffset + pos_.nodeLength;
     }
     if (pos_.main != 0) {
@@ -95,17 +95,17 @@ int MarkupDocument::x_NodeSearchStart() const {
     if (pos_.parent == 0) {
         return 0;
     }
-    const int tagLength = x_StartTagLength(pos_.parent);
+    const int tagLength = startTagLength(pos_.parent);
     return tagLength == tree_[pos_.parent].length ? -1 : tree_[pos_.parent].start + tagLength;
 }
 
 /// Recognised by where the node ends: the end tag length in the record may be cut off.
-bool MarkupDocument::x_IsEndTagOf(int parent, const NodePos& node) const {
+bool MarkupDocument::isEndTagOf(int parent, const NodePos& node) const {
     return parent != 0 && node.start + node.length == tree_[parent].start + tree_[parent].length;
 }
 
 int MarkupDocument::FindNode(int typeMask) {
-    const int start = x_RecordCount() == 0 ? -1 : x_NodeSearchStart();
+    const int start = recordCount() == 0 ? -1 : nodeSearchStart();
     if (start < 0) {
         return 0;
     }
@@ -114,7 +114,7 @@ int MarkupDocument::FindNode(int typeMask) {
     int lastElem = pos_.main;
     while (true) {
         int type = token.ParseNode(node);
-        if (type == NodeEndOfText || (type == NodeEndTag && x_IsEndTagOf(pos_.parent, node))) {
+        if (type == NodeEndOfText || (type == NodeEndTag && isEndTagOf(pos_.parent, node))) {
             return 0;
         }
         if (type == NodeEndTag) {
@@ -133,7 +133,7 @@ int MarkupDocument::FindNode(int typeMask) {
             continue;
         }
         if (type == NodeElement) {
-            x_SetPos(pos_.parent, lastElem, 0);
+            setPos(pos_.parent, lastElem, 0);
         } else {
             pos_ = {pos_.parent, lastElem, 0, type, node.start, node.length};
         }
@@ -166,11 +166,11 @@ bool MarkupDocument::RestorePos(TextArg name, int map) {
     }
     if (entry->flags == SavedPosChild) {
         const int main = tree_[entry->pos].parent;
-        x_SetPos(tree_[main].parent, main, entry->pos);
+        setPos(tree_[main].parent, main, entry->pos);
     } else if (entry->flags == SavedPosMain) {
-        x_SetPos(tree_[entry->pos].parent, entry->pos, 0);
+        setPos(tree_[entry->pos].parent, entry->pos, 0);
     } else {
-        x_SetPos(entry->pos, 0, 0);
+        setPos(entry->pos, 0, 0);
     }
     return true;
 }
@@ -181,6 +181,6 @@ bool MarkupDocument::SetMapSize(int size, int map) {
 
 void MarkupDocument::x_CheckSavedPos() {
     savedPos_.KeepOnly([this](int pos) {
-        return pos >= 0 && pos < x_RecordCount() && !tree_[pos].hasFlag(ElemFlagDeleted);
+        return pos >= 0 && pos < recordCount() && !tree_[pos].hasFlag(ElemFlagDeleted);
     });
 }

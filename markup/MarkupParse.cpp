@@ -42,7 +42,7 @@ bool isDense(std::string_view text) {
 }  // namespace
 
 bool MarkupDocument::x_ParseDoc() {
-    x_ResetRecords();
+    resetRecords();
     if (!docText_.empty()) {
         TokenPos token(docText_.view(), docFlags_);
         const int first = x_ParseElem(0, token);
@@ -60,7 +60,7 @@ bool MarkupDocument::x_ParseDoc() {
 
 /// Leaves no records but the document's own, without needing memory: what any earlier text left
 /// must not be followed, whatever fails next.
-void MarkupDocument::x_ForgetRecords() noexcept {
+void MarkupDocument::forgetRecords() noexcept {
     pos_ = {};
     attribWalk_ = {};
     savedPos_.RemoveAll();
@@ -72,8 +72,8 @@ void MarkupDocument::x_ForgetRecords() noexcept {
 }
 
 /// Leaves the records of an empty document, with room for those of the text.
-void MarkupDocument::x_ResetRecords() {
-    x_ForgetRecords();
+void MarkupDocument::resetRecords() {
+    forgetRecords();
     tree_.expectFull(isDense(docText_.view()));
     x_AllocElemPos(static_cast<int>(docText_.size() / bytesForRecord + 8));
     tree_[0] = {};
@@ -83,24 +83,24 @@ int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
     if (!isRecord(parent)) {
         return 0;
     }
-    Parse parse{OpenTagStack(hasFlag(DocFlagIgnoreCase)), parent, parent, x_LastChild(parent),
+    Parse parse{OpenTagStack(hasFlag(DocFlagIgnoreCase)), parent, parent, lastChild(parent),
                 tree_[parent].level()};
     NodePos node;
     while (true) {
         switch (token.ParseNode(node)) {
             case NodeElement:
-                x_OpenElem(parse, token, node);
+                openElem(parse, token, node);
                 break;
             case NodeEndTag:
-                x_EndElem(parse, token, node);
+                endElem(parse, token, node);
                 break;
             case NodeSyntaxError:
                 tree_[parent].setFlag(ElemFlagIllFormed);
                 tree_[parse.current].setFlag(ElemFlagIllData);
-                x_AppendResults(node.results);
+                appendResults(node.results);
                 break;
             case NodeEndOfText:
-                x_CloseUnended(parse, 0, static_cast<int>(docText_.size()));
+                closeUnended(parse, 0, static_cast<int>(docText_.size()));
                 return parse.first;
             default:
                 break;
@@ -109,20 +109,20 @@ int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
 }
 
 /// Appends results of the tokenizer under the size limit that x_AddResult keeps.
-void MarkupDocument::x_AppendResults(const std::string& results) {
+void MarkupDocument::appendResults(const std::string& results) {
     if (resultText_.size() < resultLogLimit) {
         resultText_ += results;
     }
 }
 
 /// The last child of record `pos`, 0 when it has none.
-int MarkupDocument::x_LastChild(int pos) const {
+int MarkupDocument::lastChild(int pos) const {
     const int first = tree_[pos].child;
     return first == 0 ? 0 : tree_[first].previous;
 }
 
 /// Links a fresh record, `elem` at `pos`, as the last child of the innermost open element.
-inline void MarkupDocument::x_LinkLastChild(Parse& parse, int pos, ElemPos& elem) {
+inline void MarkupDocument::linkLastChild(Parse& parse, int pos, ElemPos& elem) {
     ElemPos& above = tree_[parse.current];
     elem.parent = parse.current;
     if (parse.last == 0) {
@@ -139,7 +139,7 @@ inline void MarkupDocument::x_LinkLastChild(Parse& parse, int pos, ElemPos& elem
 
 /// Takes a record for an element with this start tag, makes it the last child of the innermost open
 /// one and returns it.
-ElemPos& MarkupDocument::x_AddElem(Parse& parse, int start, int tagLength) {
+ElemPos& MarkupDocument::addElem(Parse& parse, int start, int tagLength) {
     const int pos = x_GetFreePos();
     ElemPos& elem = tree_[pos];
     // A level beyond 16 bits keeps its low bits; it must not run into the flags.
@@ -148,7 +148,7 @@ ElemPos& MarkupDocument::x_AddElem(Parse& parse, int start, int tagLength) {
     elem.length = tagLength;
     elem.setStartTagLength(tagLength);
     elem.levelAndFlags = static_cast<std::uint32_t>(level) & ElemPos::levelMask;
-    x_LinkLastChild(parse, pos, elem);
+    linkLastChild(parse, pos, elem);
     if (parse.first == 0) {
         parse.first = pos;
     }
@@ -156,20 +156,20 @@ ElemPos& MarkupDocument::x_AddElem(Parse& parse, int start, int tagLength) {
 }
 
 /// Makes the element added last, which is called `name`, the innermost open one.
-void MarkupDocument::x_Enter(Parse& parse, std::string_view name) const {
+void MarkupDocument::enter(Parse& parse, std::string_view name) const {
     parse.current = freePos_ - 1;
     parse.last = 0;
     parse.tags.push(parse.current, name);
 }
 
-void MarkupDocument::x_OpenElem(Parse& parse, const TokenPos& token, const NodePos& node) {
-    x_AddElem(parse, node.start, node.length);
+void MarkupDocument::openElem(Parse& parse, const TokenPos& token, const NodePos& node) {
+    addElem(parse, node.start, node.length);
     if ((node.flags & NodeFlagEmpty) == 0) {
-        x_Enter(parse, token.token());
+        enter(parse, token.token());
     }
 }
 
-void MarkupDocument::x_EndElem(Parse& parse, const TokenPos& token, const NodePos& node) {
+void MarkupDocument::endElem(Parse& parse, const TokenPos& token, const NodePos& node) {
     const int depth = parse.tags.findMatch(token.token());
     if (depth == 0) {
         tree_[parse.parent].setFlag(ElemFlagIllFormed);
@@ -177,7 +177,7 @@ void MarkupDocument::x_EndElem(Parse& parse, const TokenPos& token, const NodePo
         x_AddResult(resultText_, "lone_end_tag", token.token(), 0, node.start);
         return;
     }
-    x_CloseUnended(parse, depth, token.left - 1);
+    closeUnended(parse, depth, token.left - 1);
     ElemPos& elem = tree_[parse.current];
     elem.close(node.start + node.length, node.length);
     parse.last = parse.current;
@@ -189,7 +189,7 @@ void MarkupDocument::x_EndElem(Parse& parse, const TokenPos& token, const NodePo
 /// them. All are lifted in one go: each child list is spliced behind its element at once, but the
 /// parent links are set by one walk at the end. Lifting level by level would touch every element of
 /// a file of unended tags once for each level above it.
-void MarkupDocument::x_CloseUnended(Parse& parse, int depth, int closedAt) {
+void MarkupDocument::closeUnended(Parse& parse, int depth, int closedAt) {
     if (parse.tags.depth() == depth) {
         return;
     }
@@ -204,13 +204,13 @@ void MarkupDocument::x_CloseUnended(Parse& parse, int depth, int closedAt) {
             elem.clearFlag(ElemFlagIllData);
             tree_[above].setFlag(ElemFlagIllData);
         }
-        x_LiftChildren(tag.elem, above);
+        liftChildren(tag.elem, above);
         x_AddResult(resultText_, "unended_start_tag", tag.name(), 0, elem.start, closedAt);
         lowest = tag.elem;
         parse.current = above;
         parse.tags.pop();
     }
-    parse.last = x_LastChild(parse.current);
+    parse.last = lastChild(parse.current);
     for (int pos = lowest; pos != 0; pos = tree_[pos].next) {
         tree_[pos].parent = parse.current;
     }
@@ -218,7 +218,7 @@ void MarkupDocument::x_CloseUnended(Parse& parse, int depth, int closedAt) {
 
 /// Splices the child list of `pos`, which is the last child of `parent`, behind it; the parent
 /// links of the lifted records are left to the caller. Levels stay as they were.
-void MarkupDocument::x_LiftChildren(int pos, int parent) {
+void MarkupDocument::liftChildren(int pos, int parent) {
     ElemPos& elem = tree_[pos];
     if (elem.child == 0) {
         return;

@@ -1,17 +1,17 @@
 #include "markup/OpenTagStack.h"
 
-#include "markup/CharClass.h"
-#include "markup/NameCompare.h"
+#include "markup/text/CharClass.h"
+#include "markup/text/NameCompare.h"
 
 namespace {
 
 /// True when the end tag `endName` closes a tag called `name`.
 bool closes(std::string_view endName, std::string_view name, bool ignoreCase) {
     if (endName.size() > name.size() ||
-        (endName.size() < name.size() && !x_IsClass(name[endName.size()], ClassPathName))) {
+        (endName.size() < name.size() && !markup::isClass(name[endName.size()], ClassPathName))) {
         return false;
     }
-    return x_NamesEqual(endName, name.substr(0, endName.size()), ignoreCase);
+    return markup::namesEqual(endName, name.substr(0, endName.size()), ignoreCase);
 }
 
 /// Folds case as names are compared: up to the first byte with the high bit set. Two names are
@@ -33,7 +33,7 @@ std::string foldName(std::string_view name) {
 /// of an open tag. An empty first segment stands before a name that begins with such a byte.
 std::string_view cutSegment(std::string_view& name, bool isFirst) {
     std::size_t end = isFirst ? 0 : 1;
-    while (end < name.size() && !x_IsClass(name[end], ClassPathName)) {
+    while (end < name.size() && !markup::isClass(name[end], ClassPathName)) {
         ++end;
     }
     const std::string_view segment = name.substr(0, end);

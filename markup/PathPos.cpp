@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "markup/CharClass.h"
+#include "markup/text/CharClass.h"
 
 namespace {
 
@@ -11,7 +11,7 @@ constexpr bool isDigit(char c) {
 }
 
 std::size_t nameEnd(std::string_view text, std::size_t pos) {
-    while (pos < text.size() && !x_IsClass(text[pos], ClassPathName)) {
+    while (pos < text.size() && !markup::isClass(text[pos], ClassPathName)) {
         ++pos;
     }
     return pos;
@@ -31,21 +31,21 @@ bool PathPos::ParsePath() {
     type = text_.starts_with("//") ? PathAnywhere : at('/') ? PathAbsolute : PathRelative;
     nameStart = static_cast<std::size_t>(type) - 1;
     offset = nameStart;
-    if (!x_ParseSegments()) {
+    if (!parseSegments()) {
         type = PathInvalid;
         return false;
     }
     offset = nameStart;
     firstName_ = text_.substr(nameStart, nameEnd(text_, nameStart) - nameStart);
     mayNameTag_ = std::none_of(firstName_.begin(), firstName_.end(),
-                               [](char c) { return x_IsClass(c, ClassName); });
+                               [](char c) { return markup::isClass(c, ClassName); });
     return true;
 }
 
-bool PathPos::x_ParseSegments() {
-    while (x_SkipName()) {
+bool PathPos::parseSegments() {
+    while (skipName()) {
         while (at('[')) {
-            if (!x_ParsePredicate()) {
+            if (!parsePredicate()) {
                 return false;
             }
         }
@@ -58,7 +58,7 @@ bool PathPos::x_ParseSegments() {
         ++offset;
         if (at('@')) {
             attributeOffset = ++offset;
-            return x_SkipName() && offset == text_.size();
+            return skipName() && offset == text_.size();
         }
         if (type == PathAnywhere) {
             return false;
@@ -68,14 +68,14 @@ bool PathPos::x_ParseSegments() {
 }
 
 /// Passes over a name; false when it is empty.
-bool PathPos::x_SkipName() {
+bool PathPos::skipName() {
     const std::size_t start = offset;
     offset = nameEnd(text_, start);
     return offset > start;
 }
 
 /// Passes over one predicate with its brackets. Requires: at('[').
-bool PathPos::x_ParsePredicate() {
+bool PathPos::parsePredicate() {
     ++offset;
     if (offset < text_.size() && isDigit(text_[offset])) {
         if (at('0')) {
@@ -86,7 +86,7 @@ bool PathPos::x_ParsePredicate() {
         }
     } else if (at('@')) {
         ++offset;
-        if (!x_SkipName()) {
+        if (!skipName()) {
             return false;
         }
         if (at('=')) {
@@ -96,7 +96,7 @@ bool PathPos::x_ParsePredicate() {
                 return false;
             }
         }
-    } else if (!x_SkipName()) {
+    } else if (!skipName()) {
         return false;
     }
     if (!at(']')) {

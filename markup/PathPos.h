@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "markup/TextArg.h"
+#include "markup/text/TextArg.h"
 
 /// What kind of element path an argument is.
 enum PathType : int {
@@ -53,9 +53,9 @@ class PathPos {
 
   private:
     bool at(char c) const { return offset < text_.size() && text_[offset] == c; }
-    bool x_SkipName();
-    bool x_ParseSegments();
-    bool x_ParsePredicate();
+    bool skipName();
+    bool parseSegments();
+    bool parsePredicate();
 
     std::string_view text_;
     std::string_view firstName_;

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "markup/Markup.h"
-#include "markup/TextEscape.h"
+#include "markup/text/TextEscape.h"
 
 namespace {
 
@@ -144,7 +144,7 @@ void amendRecord(std::string& log, TextArg name, const Attributes& attributes) {
     MarkupDocument document;
     document.SetDoc(log);
     if (document.FindElem(name)) {
-        const int start = document.x_Record(document.x_GetPosition().main).start;
+        const int start = document.record(document.position().main).start;
         for (const Attributes::Attribute& attribute : attributes) {
             setAttribute(log, start, attribute);
         }
@@ -172,7 +172,7 @@ void x_AddResult(std::string& log, TextArg name, TextArg value, int resultCode, 
     log += record.append("/>");
 }
 
-std::string x_RenderResults(const std::string& log) {
+std::string markup::renderResults(const std::string& log) {
     MarkupDocument document;
     document.SetDoc(log);
     std::string line;

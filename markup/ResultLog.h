@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "markup/TextArg.h"
+#include "markup/text/TextArg.h"
 
 /// Says which attributes a result record carries; bits are combined. The number goes into
 /// "offset" and the value text into "tagname" when no bit chooses another attribute.
@@ -32,5 +32,9 @@ inline constexpr std::string_view outOfMemoryResult =
 void x_AddResult(std::string& log, TextArg name, TextArg value = nullptr, int resultCode = 0,
                  int number = -1, int number2 = -1);
 
+namespace markup {
+
 /// Renders a whole log as one line for people; of the parse errors only the first is shown.
-std::string x_RenderResults(const std::string& log);
+std::string renderResults(const std::string& log);
+
+}  // namespace markup

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "markup/NameCompare.h"
+#include "markup/text/NameCompare.h"
 
 void SavedPosMap::Save(SavedPos entry) {
     std::vector<SavedPos>& entries = slots_[slotOf(entry.name)];
@@ -26,7 +26,7 @@ const SavedPos* SavedPosMap::Find(std::string_view name) const {
 }
 
 int SavedPosMap::slotOf(std::string_view name) const {
-    return static_cast<int>(x_ByteSum(name, false) % static_cast<unsigned>(slotCount_));
+    return static_cast<int>(markup::byteSum(name, false) % static_cast<unsigned>(slotCount_));
 }
 
 SavedPosMap* SavedPosMapArray::GetMap(int number) {

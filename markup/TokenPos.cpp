@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "markup/NameCompare.h"
 #include "markup/ResultLog.h"
-#include "markup/TextScan.h"
+#include "markup/text/CharClass.h"
+#include "markup/text/NameCompare.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ std::size_t TokenPos::position() const {
     return next < 0 ? text_.size() : std::min(static_cast<std::size_t>(next), text_.size());
 }
 
-void TokenPos::x_SetToken(std::size_t first, std::size_t end) {
+void TokenPos::setToken(std::size_t first, std::size_t end) {
     left = static_cast<int>(first);
     right = static_cast<int>(end) - 1;
 }
@@ -32,23 +32,23 @@ std::string_view TokenPos::token() const {
 }
 
 bool TokenPos::Match(TextArg name) const {
-    return x_NamesEqual(token(), name.view(), (flags_ & DocFlagIgnoreCase) != 0);
+    return markup::namesEqual(token(), name.view(), (flags_ & DocFlagIgnoreCase) != 0);
 }
 
 bool TokenPos::FindName() {
     flags_ &= ~TokenFlagQuoted;
-    const std::size_t first = x_SkipSpace(text_, position());
-    const std::size_t end = x_SkipName(text_, first, ClassName);
-    x_SetToken(first, end);
+    const std::size_t first = markup::skipClass(text_, position(), ClassSpace);
+    const std::size_t end = markup::findClass(text_, first, ClassName);
+    setToken(first, end);
     next = static_cast<int>(end);
     return end > first;
 }
 
 /// Moves to the next token inside a tag: a quoted run, the unquoted value after "=" or a name; a
 /// byte that ends names is a token by itself. False at the end of the text.
-bool TokenPos::x_NextAttribToken(bool afterEqual) {
+bool TokenPos::nextAttribToken(bool afterEqual) {
     flags_ &= ~TokenFlagQuoted;
-    const std::size_t first = x_SkipSpace(text_, position());
+    const std::size_t first = markup::skipClass(text_, position(), ClassSpace);
     if (first == text_.size()) {
         next = static_cast<int>(first);
         return false;
@@ -57,15 +57,15 @@ bool TokenPos::x_NextAttribToken(bool afterEqual) {
         flags_ |= TokenFlagQuoted;
         const std::size_t close = text_.find(text_[first], first + 1);
         const std::size_t end = close == npos ? text_.size() : close;
-        x_SetToken(first + 1, end);
+        setToken(first + 1, end);
         next = static_cast<int>(close == npos ? end : end + 1);
         return true;
     }
-    std::size_t end = x_SkipName(text_, first, afterEqual ? ClassAttrValue : ClassAttrName);
+    std::size_t end = markup::findClass(text_, first, afterEqual ? ClassAttrValue : ClassAttrName);
     if (end == first && !afterEqual) {
         ++end;
     }
-    x_SetToken(first, end);
+    setToken(first, end);
     next = static_cast<int>(end);
     return true;
 }
@@ -74,11 +74,11 @@ bool TokenPos::FindAttrib(TextArg name, int index, std::string* attribName) {
     bool afterEqual = false;
     bool found = false;
     int number = 0;
-    if (!x_NextAttribToken(false)) {  // the tag's own name, whatever it is
+    if (!nextAttribToken(false)) {  // the tag's own name, whatever it is
         return false;
     }
     priorName = left;
-    while (x_NextAttribToken(afterEqual)) {
+    while (nextAttribToken(afterEqual)) {
         if (afterEqual) {
             if (found) {
                 return true;
@@ -109,7 +109,7 @@ bool TokenPos::FindAttrib(TextArg name, int index, std::string* attribName) {
         }
         ++number;
     }
-    x_SetEmptyToken();
+    setEmptyToken();
     return found;
 }
 
@@ -119,65 +119,65 @@ int TokenPos::ParseNode(NodePos& node) {
     const std::size_t start = position();
     node.start = static_cast<int>(start);
     if (start == text_.size()) {
-        return x_EndNode(node, NodeEndOfText, start);
+        return endNode(node, NodeEndOfText, start);
     }
     if (text_[start] != '<') {
-        return x_ParseRun(node);
+        return parseRun(node);
     }
     if (start + 1 == text_.size()) {
-        return x_Unterminated(node, "tag");
+        return unterminated(node, "tag");
     }
     const char kind = text_[start + 1];
-    if (x_IsClass(kind, ClassNameStart)) {
-        return x_ParseTag(node, NodeElement);
+    if (markup::isClass(kind, ClassNameStart)) {
+        return parseTag(node, NodeElement);
     }
     switch (kind) {
         case '/':
-            return x_ParseTag(node, NodeEndTag);
+            return parseTag(node, NodeEndTag);
         case '?':
-            return x_ParseDelimited(node, NodeProcessingInstruction, 2, "?>");
+            return parseDelimited(node, NodeProcessingInstruction, 2, "?>");
         case '!':
-            return x_ParseDeclaration(node);
+            return parseDeclaration(node);
         default:
-            return x_ParseSyntaxError(node, "first_tag_syntax", start + 1);
+            return parseSyntaxError(node, "first_tag_syntax", start + 1);
     }
 }
 
-int TokenPos::x_EndNode(NodePos& node, int type, std::size_t end) {
+int TokenPos::endNode(NodePos& node, int type, std::size_t end) {
     node.type = type;
     node.length = static_cast<int>(end) - node.start;
     next = static_cast<int>(end);
     return type;
 }
 
-int TokenPos::x_ParseRun(NodePos& node) {
-    const std::size_t start = x_SkipSpace(text_, static_cast<std::size_t>(next));
+int TokenPos::parseRun(NodePos& node) {
+    const std::size_t start = markup::skipClass(text_, static_cast<std::size_t>(next), ClassSpace);
     if (start == text_.size() || text_[start] == '<') {
-        return x_EndNode(node, NodeWhitespace, start);
+        return endNode(node, NodeWhitespace, start);
     }
     const std::size_t end = text_.find('<', start);
-    return x_EndNode(node, NodeText, end == npos ? text_.size() : end);
+    return endNode(node, NodeText, end == npos ? text_.size() : end);
 }
 
 /// Scans a start or end tag to the first ">" outside quotes, by the token rules of `FindAttrib`.
 /// A "/" before the ">" makes it empty, unless the "/" belongs to an unquoted value ("<a b=c/>");
 /// even then it does after white space or a quote.
-int TokenPos::x_ParseTag(NodePos& node, int type) {
+int TokenPos::parseTag(NodePos& node, int type) {
     const bool isStart = type == NodeElement;
     const std::size_t name = static_cast<std::size_t>(node.start) + (isStart ? 1 : 2);
-    std::size_t pos = x_SkipName(text_, name, ClassAttrName);
+    std::size_t pos = markup::findClass(text_, name, ClassAttrName);
     if (pos < text_.size() && text_[pos] == '>') {
-        x_SetToken(name, pos);
-        return x_EndNode(node, type, pos + 1);
+        setToken(name, pos);
+        return endNode(node, type, pos + 1);
     }
     // The name that pairs tags may run on behind the first token: "<a=1>" is called "a=1".
-    x_SetToken(name, x_SkipName(text_, pos, ClassTagName));
+    setToken(name, markup::findClass(text_, pos, ClassTagName));
     bool afterEqual = false;
     std::size_t unquotedValueEnd = npos;
     while (true) {
-        pos = x_SkipSpace(text_, pos);
+        pos = markup::skipClass(text_, pos, ClassSpace);
         if (pos == text_.size()) {
-            return x_Unterminated(node, isStart ? "start_tag" : "end_tag");
+            return unterminated(node, isStart ? "start_tag" : "end_tag");
         }
         const char c = text_[pos];
         if (c == '>') {
@@ -186,77 +186,78 @@ int TokenPos::x_ParseTag(NodePos& node, int type) {
         if (isQuote(c)) {
             const std::size_t close = text_.find(c, pos + 1);
             if (close == npos) {
-                return x_Unterminated(node, isStart ? "start_tag" : "end_tag");
+                return unterminated(node, isStart ? "start_tag" : "end_tag");
             }
             pos = close + 1;
             afterEqual = false;
         } else if (afterEqual) {
-            pos = x_SkipName(text_, pos, ClassAttrValue);
+            pos = markup::findClass(text_, pos, ClassAttrValue);
             unquotedValueEnd = pos;
             afterEqual = false;
         } else {
             afterEqual = c == '=';
-            pos = x_IsClass(c, ClassAttrName) ? pos + 1 : x_SkipName(text_, pos, ClassAttrName);
+            pos = markup::isClass(c, ClassAttrName) ? pos + 1
+                                                    : markup::findClass(text_, pos, ClassAttrName);
         }
     }
     if (isStart && text_[pos - 1] == '/') {
         const char before = text_[pos - 2];
         const bool closes =
-            unquotedValueEnd != pos || x_IsClass(before, ClassSpace) || isQuote(before);
+            unquotedValueEnd != pos || markup::isClass(before, ClassSpace) || isQuote(before);
         node.flags = closes ? NodeFlagEmpty : 0;
     }
-    return x_EndNode(node, type, pos + 1);
+    return endNode(node, type, pos + 1);
 }
 
-int TokenPos::x_ParseDeclaration(NodePos& node) {
+int TokenPos::parseDeclaration(NodePos& node) {
     const auto start = static_cast<std::size_t>(node.start);
     const std::string_view rest = text_.substr(start + 2, 2);
     if (rest.empty() || rest == "-" || rest == "[") {
-        return x_Unterminated(node, "tag");
+        return unterminated(node, "tag");
     }
     switch (rest[0]) {
         case '-':
-            return rest[1] == '-' ? x_ParseDelimited(node, NodeComment, 4, "-->")
-                                  : x_ParseSyntaxError(node, "comment_tag_syntax", start + 3);
+            return rest[1] == '-' ? parseDelimited(node, NodeComment, 4, "-->")
+                                  : parseSyntaxError(node, "comment_tag_syntax", start + 3);
         case '[':
-            return rest[1] == 'C' ? x_ParseDelimited(node, NodeCDataSection, 4, "]]>")
-                                  : x_ParseSyntaxError(node, "cdata_section_syntax", start + 3);
+            return rest[1] == 'C' ? parseDelimited(node, NodeCDataSection, 4, "]]>")
+                                  : parseSyntaxError(node, "cdata_section_syntax", start + 3);
         case 'D':
-            return x_ParseDocumentType(node);
+            return parseDocumentType(node);
         default:
-            return x_ParseSyntaxError(node, "exclamation_tag_syntax", start + 2);
+            return parseSyntaxError(node, "exclamation_tag_syntax", start + 2);
     }
 }
 
 /// Ends at the first `terminator` that lies wholly after the `opening` bytes.
-int TokenPos::x_ParseDelimited(NodePos& node, int type, std::size_t opening,
-                               std::string_view terminator) {
+int TokenPos::parseDelimited(NodePos& node, int type, std::size_t opening,
+                             std::string_view terminator) {
     const std::size_t found =
         text_.find(terminator, static_cast<std::size_t>(node.start) + opening);
     if (found != npos) {
-        return x_EndNode(node, type, found + terminator.size());
+        return endNode(node, type, found + terminator.size());
     }
     switch (type) {
         case NodeComment:
-            return x_Unterminated(node, "comment");
+            return unterminated(node, "comment");
         case NodeCDataSection:
-            return x_Unterminated(node, "cdata_section");
+            return unterminated(node, "cdata_section");
         default:
-            return x_Unterminated(node, "processing_instruction");
+            return unterminated(node, "processing_instruction");
     }
 }
 
 /// Runs to the closing ">". Quotes count outside the brackets of the internal subset and inside
 /// its declarations; comments and processing instructions in the subset are passed over whole.
-int TokenPos::x_ParseDocumentType(NodePos& node) {
+int TokenPos::parseDocumentType(NodePos& node) {
     std::size_t pos = static_cast<std::size_t>(node.start) + 3;
     bool inSubset = false;
     while (pos < text_.size()) {
         const char c = text_[pos];
         if (inSubset && c == '<') {
-            const std::size_t end = x_SkipSubsetMarkup(pos);
+            const std::size_t end = skipSubsetMarkup(pos);
             if (end == pos) {
-                return x_ParseSyntaxError(node, "doctype_tag_syntax", pos + 2);
+                return parseSyntaxError(node, "doctype_tag_syntax", pos + 2);
             }
             pos = end;
             continue;
@@ -264,7 +265,7 @@ int TokenPos::x_ParseDocumentType(NodePos& node) {
         if (inSubset) {
             inSubset = c != ']';
         } else if (c == '>') {
-            return x_EndNode(node, NodeDocumentType, pos + 1);
+            return endNode(node, NodeDocumentType, pos + 1);
         } else if (isQuote(c)) {
             pos = text_.find(c, pos + 1);
             if (pos == npos) {
@@ -275,13 +276,13 @@ int TokenPos::x_ParseDocumentType(NodePos& node) {
         }
         ++pos;
     }
-    return x_Unterminated(node, "document_type");
+    return unterminated(node, "document_type");
 }
 
 /// Passes over the mark-up that opens at the "<" at `pos` inside the internal subset. Returns the
 /// offset behind it, the text's size when it does not end, or `pos` for a declaration that begins
 /// with none of A, E and N.
-std::size_t TokenPos::x_SkipSubsetMarkup(std::size_t pos) const {
+std::size_t TokenPos::skipSubsetMarkup(std::size_t pos) const {
     const std::string_view opening = text_.substr(pos, 4);
     const auto behind = [this](std::string_view terminator, std::size_t from) {
         const std::size_t found = text_.find(terminator, from);
@@ -300,10 +301,10 @@ std::size_t TokenPos::x_SkipSubsetMarkup(std::size_t pos) const {
         return text_.size();
     }
     const char kind = opening[2];
-    return kind == 'A' || kind == 'E' || kind == 'N' ? x_SkipDeclaration(pos + 3) : pos;
+    return kind == 'A' || kind == 'E' || kind == 'N' ? skipDeclaration(pos + 3) : pos;
 }
 
-std::size_t TokenPos::x_SkipDeclaration(std::size_t pos) const {
+std::size_t TokenPos::skipDeclaration(std::size_t pos) const {
     while (true) {
         pos = text_.find_first_of("\"'>", pos);
         if (pos == npos) {
@@ -321,16 +322,16 @@ std::size_t TokenPos::x_SkipDeclaration(std::size_t pos) const {
 }
 
 /// Makes the node a syntax error that ends at the next ">", or before the next "<", from `from` on.
-int TokenPos::x_ParseSyntaxError(NodePos& node, std::string_view result, std::size_t from) {
+int TokenPos::parseSyntaxError(NodePos& node, std::string_view result, std::size_t from) {
     x_AddResult(node.results, result, nullptr, 0, node.start);
     const std::size_t stop = text_.find_first_of("<>", from);
     if (stop == npos) {
-        return x_Unterminated(node, "tag");
+        return unterminated(node, "tag");
     }
-    return x_EndNode(node, NodeSyntaxError, text_[stop] == '>' ? stop + 1 : stop);
+    return endNode(node, NodeSyntaxError, text_[stop] == '>' ? stop + 1 : stop);
 }
 
-int TokenPos::x_Unterminated(NodePos& node, std::string_view openKind) {
+int TokenPos::unterminated(NodePos& node, std::string_view openKind) {
     x_AddResult(node.results, "unterminated_tag_syntax", openKind, RESULT_TYPE, node.start);
-    return x_EndNode(node, NodeSyntaxError, text_.size());
+    return endNode(node, NodeSyntaxError, text_.size());
 }

@@ -5,7 +5,7 @@
 
 #include "markup/DocFlags.h"
 #include "markup/NodeTypes.h"
-#include "markup/TextArg.h"
+#include "markup/text/TextArg.h"
 
 /// One node as the tokenizer found it.
 struct NodePos {
@@ -67,22 +67,22 @@ class TokenPos {
     int priorName = 0;
 
   private:
-    bool x_NextAttribToken(bool afterEqual);
-    void x_SetToken(std::size_t first, std::size_t end);
-    void x_SetEmptyToken() {
-        x_SetToken(static_cast<std::size_t>(next), static_cast<std::size_t>(next));
+    bool nextAttribToken(bool afterEqual);
+    void setToken(std::size_t first, std::size_t end);
+    void setEmptyToken() {
+        setToken(static_cast<std::size_t>(next), static_cast<std::size_t>(next));
     }
 
-    int x_ParseRun(NodePos& node);
-    int x_ParseTag(NodePos& node, int type);
-    int x_ParseDeclaration(NodePos& node);
-    int x_ParseDelimited(NodePos& node, int type, std::size_t opening, std::string_view terminator);
-    int x_ParseDocumentType(NodePos& node);
-    std::size_t x_SkipSubsetMarkup(std::size_t pos) const;
-    std::size_t x_SkipDeclaration(std::size_t pos) const;
-    int x_ParseSyntaxError(NodePos& node, std::string_view result, std::size_t from);
-    int x_Unterminated(NodePos& node, std::string_view openKind);
-    int x_EndNode(NodePos& node, int type, std::size_t end);
+    int parseRun(NodePos& node);
+    int parseTag(NodePos& node, int type);
+    int parseDeclaration(NodePos& node);
+    int parseDelimited(NodePos& node, int type, std::size_t opening, std::string_view terminator);
+    int parseDocumentType(NodePos& node);
+    std::size_t skipSubsetMarkup(std::size_t pos) const;
+    std::size_t skipDeclaration(std::size_t pos) const;
+    int parseSyntaxError(NodePos& node, std::string_view result, std::size_t from);
+    int unterminated(NodePos& node, std::string_view openKind);
+    int endNode(NodePos& node, int type, std::size_t end);
 
     std::string_view text_;
     int flags_;

@@ -15,10 +15,10 @@
 #include <string_view>
 
 #include "markup/DocFlags.h"
-#include "markup/EncodingNameTable.h"
 #include "markup/Markup.h"
 #include "markup/ResultLog.h"
-#include "markup/TextEncoding.h"
+#include "markup/text/EncodingNameTable.h"
+#include "markup/text/TextEncoding.h"
 
 namespace {
 
@@ -130,7 +130,7 @@ bool saveAs(const MarkupDocument& document, const char* path, std::string encodi
     }
     std::string results;
     const bool isSaved = MarkupDocument::WriteTextFile(path, text, &results, &flags, &encoding);
-    return report(x_RenderResults(results), isSaved);
+    return report(markup::renderResults(results), isSaved);
 }
 
 /// Loads `in` and saves it as `out`, in `encoding` unless that is null.

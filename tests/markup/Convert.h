@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "markup/EncodingNameTable.h"
-#include "markup/TextEncoding.h"
+#include "markup/text/EncodingNameTable.h"
+#include "markup/text/TextEncoding.h"
 
 /// Bytes per unit of an encoding.
 inline std::size_t unitSize(const std::string& encoding) {

@@ -61,7 +61,7 @@ class Script {
             {"declared", [](S&, const A& a) { return MarkupDocument::GetDeclaredEncoding(a[0]); }},
             {"add", [](S& s, const A& a) { return s.addResult(a); }},
             {"setlog", [](S& s, const A& a) { return s.log_ = a[0]; }},
-            {"render", [](S&, const A& a) { return x_RenderResults(a[0]); }},
+            {"render", [](S&, const A& a) { return markup::renderResults(a[0]); }},
             {"file", [](S& s, const A& a) { std::ofstream(s.path_, std::ios::binary) << a[0]; return a[0]; }},
             {"load", [](S& s, const A& a) { return answer(s.doc.Load(a.empty() ? s.path_ : a[0])); }},
             {"read", [](S& s, const A& a) { return s.read(a); }},
@@ -102,13 +102,13 @@ class Script {
     std::string outOfRange() {
         std::ostringstream out;
         PathPos any{TextArg(nullptr)};
-        for (const int pos : {-1, 0, doc.x_RecordCount(), 1 << 24}) {
+        for (const int pos : {-1, 0, doc.recordCount(), 1 << 24}) {
             TokenPos token("<a b='1'>", 0, pos == 0 ? -1 : pos + 100);
             NodePos node;
-            out << doc.x_FindElem(pos, pos, any) << doc.x_ReleasePos(pos)
-                << doc.x_StartTagLength(pos) << doc.x_GetTagName(pos) << doc.x_GetData(pos)
-                << doc.x_GetAttrib(pos, "b") << (pos == 0 ? 0 : doc.x_ParseElem(pos, token))
-                << token.ParseNode(node) << token.FindName() << token.FindAttrib("b") << ' ';
+            out << doc.x_FindElem(pos, pos, any) << doc.x_ReleasePos(pos) << doc.startTagLength(pos)
+                << doc.x_GetTagName(pos) << doc.x_GetData(pos) << doc.x_GetAttrib(pos, "b")
+                << (pos == 0 ? 0 : doc.x_ParseElem(pos, token)) << token.ParseNode(node)
+                << token.FindName() << token.FindAttrib("b") << ' ';
         }
         return out.str() + doc.x_GetTagName(doc.x_GetFreePos());
     }
@@ -128,8 +128,8 @@ class Script {
     /// Each record as: name start+length tag lengths, level, flags, parent child next previous.
     std::string tree() const {
         std::ostringstream out;
-        for (int i = 0; i < doc.x_RecordCount(); ++i) {
-            const ElemPos& e = doc.x_Record(i);
+        for (int i = 0; i < doc.recordCount(); ++i) {
+            const ElemPos& e = doc.record(i);
             out << (i == 0 ? "" : " ") << doc.x_GetTagName(i) << '(' << e.start << '+' << e.length
                 << ' ' << e.packedStartTagLength() << '/' << e.endTagLength() << " L" << e.level()
                 << (e.hasFlag(ElemFlagFirst) ? " first" : "")
@@ -153,7 +153,7 @@ class Script {
     }
 
     std::string position() const {
-        const MarkupDocument::Position& p = doc.x_GetPosition();
+        const MarkupDocument::Position& p = doc.position();
         std::ostringstream out;
         out << p.parent << ' ' << p.main << ' ' << p.child << ' ' << p.nodeType << ' '
             << p.nodeOffset << '+' << p.nodeLength;

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "markup/EncodingNameTable.h"
+#include "markup/text/EncodingNameTable.h"
 #include "tests/markup/RowHash.h"
 
 TEST(EncodingNameTable, HoldsExactlyThePublishedRowsAndFindsEachInAnyCase) {
     std::uint64_t sum = 0;
-    for (const EncodingName& row : x_EncodingNames()) {
+    for (const EncodingName& row : markup::allEncodingNames()) {
         std::string name(row.name);
         sum += rowHash(name, row.codePage);
         EXPECT_EQ(x_GetEncodingCodePage(name), row.codePage) << name;

@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 #include <random>
 
-#include "markup/CharClass.h"
 #include "markup/Markup.h"
-#include "markup/NameCompare.h"
+#include "markup/text/CharClass.h"
+#include "markup/text/NameCompare.h"
 
 namespace {
 
@@ -62,7 +62,7 @@ class Model {
         return endName.size() <= name.size() &&
                (endName.size() == name.size() ||
                 std::string_view(" /=[]").find(name[endName.size()]) != std::string_view::npos) &&
-               x_NamesEqual(endName, name.substr(0, endName.size()), ignoreCase_);
+               markup::namesEqual(endName, name.substr(0, endName.size()), ignoreCase_);
     }
 
     void end(const NodePos& node, std::string_view name) {
@@ -104,7 +104,7 @@ class Model {
 /// The links of the records as the model's, which keeps lists of children.
 std::vector<int> childrenOf(const MarkupDocument& doc, int pos) {
     std::vector<int> children;
-    for (int child = doc.x_Record(pos).child; child != 0; child = doc.x_Record(child).next) {
+    for (int child = doc.record(pos).child; child != 0; child = doc.record(child).next) {
         children.push_back(child);
     }
     return children;
@@ -116,10 +116,10 @@ void compare(const std::string& text, int flags) {
     doc.SetDoc(text);
     const Model model(text, flags);
     ASSERT_EQ(doc.checkInvariants(), "") << text;
-    ASSERT_EQ(doc.x_RecordCount(), static_cast<int>(model.elems.size())) << text;
-    EXPECT_EQ(doc.x_Record(0).hasFlag(ElemFlagIllFormed), model.illFormed) << text;
-    for (int pos = 0; pos < doc.x_RecordCount(); ++pos) {
-        const ElemPos& record = doc.x_Record(pos);
+    ASSERT_EQ(doc.recordCount(), static_cast<int>(model.elems.size())) << text;
+    EXPECT_EQ(doc.record(0).hasFlag(ElemFlagIllFormed), model.illFormed) << text;
+    for (int pos = 0; pos < doc.recordCount(); ++pos) {
+        const ElemPos& record = doc.record(pos);
         const Elem& elem = model.elems[static_cast<std::size_t>(pos)];
         ASSERT_EQ(childrenOf(doc, pos), elem.children) << text << " record " << pos;
         ASSERT_EQ(record.hasFlag(ElemFlagIllData), elem.illData) << text << " record " << pos;

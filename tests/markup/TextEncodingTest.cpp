@@ -3,9 +3,9 @@
 #include <random>
 #include <string>
 
-#include "markup/EncodingNameTable.h"
-#include "markup/TextBuffer.h"
-#include "markup/TextEncoding.h"
+#include "markup/text/EncodingNameTable.h"
+#include "markup/text/TextBuffer.h"
+#include "markup/text/TextEncoding.h"
 #include "tests/markup/Convert.h"
 
 TEST(TextEncoding, KeepsToTheRoom) {
@@ -57,7 +57,7 @@ TEST(TextEncoding, GivesBackWhatABlockWasFilledWithAgain) {
 // buffer is overrun.
 TEST(TextEncoding, BothPassesAgreeOnNoise) {
     std::minstd_rand random(1);
-    for (const EncodingName& row : x_EncodingNames()) {
+    for (const EncodingName& row : markup::allEncodingNames()) {
         std::string source(5000, '\0');
         for (char& c : source) {
             const auto draw = static_cast<unsigned>(random() >> 8);

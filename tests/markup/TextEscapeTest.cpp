@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 #include <string>
 
-#include "markup/TextEscape.h"
+#include "markup/text/TextEscape.h"
 
 TEST(TextEscape, AppendsWithoutRegardToWhatStandsBefore) {
     std::string out = "x ";
-    x_AppendUnescaped(out, "  a \n b ", DocFlagTrimWhitespace | DocFlagCollapseWhitespace);
+    markup::appendUnescaped(out, "  a \n b ", DocFlagTrimWhitespace | DocFlagCollapseWhitespace);
     EXPECT_EQ(out, "x a b");
 }
 

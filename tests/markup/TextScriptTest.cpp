@@ -5,11 +5,11 @@
 #include <map>
 
 #include "markup/ElemStack.h"
-#include "markup/EncodingNameTable.h"
 #include "markup/Markup.h"
-#include "markup/NameCompare.h"
-#include "markup/PredefEntityTable.h"
-#include "markup/TextEscape.h"
+#include "markup/text/EncodingNameTable.h"
+#include "markup/text/NameCompare.h"
+#include "markup/text/PredefEntityTable.h"
+#include "markup/text/TextEscape.h"
 #include "tests/Script.h"
 #include "tests/markup/Convert.h"
 
@@ -77,7 +77,7 @@ std::string decode(const A& a) {
 std::string compareNames(const A& a) {
     const bool fold = a[2] == "fold";
     return std::to_string(x_StrNCmp(a[0].data(), a[1].data(), size(a[0]), fold)) + " " +
-           script::answer(x_NamesEqual(a[0], a[1], fold));
+           script::answer(markup::namesEqual(a[0], a[1], fold));
 }
 
 /// Opens the named tags in turn, "/" closing one, and tells each count and the depth at the end.
@@ -111,7 +111,7 @@ const std::map<std::string, script::Operation> operations{
     {"fromA", [](const A& a) { return MarkupDocument::AToUTF8(a[0]); }},
     {"encode", encode},
     {"decode", decode},
-    {"entity", [](const A& a) { return std::to_string(x_FindPredefEntity(a[0])); }},
+    {"entity", [](const A& a) { return std::to_string(markup::findPredefEntity(a[0])); }},
     {"unescape", [](const A& a) { return UnescapeText(a[1], -1, std::stoi(a[0])); }},
     {"unescapelength", [](const A& a) { return UnescapeText(a[1], std::stoi(a[0]), 0); }},
     {"escape", [](const A& a) { return EscapeText(a[1], std::stoi(a[0])); }},

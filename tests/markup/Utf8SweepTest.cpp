@@ -3,13 +3,13 @@
 #include <string>
 
 #include "markup/Markup.h"
-#include "markup/Utf8Sweep.h"
+#include "markup/text/Utf8Sweep.h"
 #include "tests/markup/Convert.h"
 
 namespace {
 
 bool isPlain(const std::string& text) {
-    return x_PlainUtf8Length(text) == text.size();
+    return markup::plainUtf8Length(text) == text.size();
 }
 
 }  // namespace

@@ -36,7 +36,7 @@ void beginElement(const MarkupDocument& document) {
 }
 
 void endElement(const MarkupDocument& document) {
-    if (document.x_Record(document.x_GetPosition().main).child == 0) {
+    if (document.record(document.position().main).child == 0) {
         item('#', document.GetData());
     }
     item('>');

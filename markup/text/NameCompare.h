@@ -9,12 +9,17 @@
 /// values, or 0.
 int x_StrNCmp(const char* a, const char* b, int n, bool ignoreCase);
 
-/// True when the two names are equal by the rule of `x_StrNCmp`.
-bool x_NamesEqual(std::string_view a, std::string_view b, bool ignoreCase);
-
 /// The sum of the bytes of `text`, each a signed 8-bit value, as an unsigned 32-bit number modulo
 /// `size`; 0 for an empty or null text and for a size below 1.
 int x_Hash(const char* text, int size);
 
-/// The same sum over `name`, before the remainder is taken; `foldCase` adds 32 to each "A" to "Z".
-unsigned x_ByteSum(std::string_view name, bool foldCase);
+namespace markup {
+
+/// True when the two names are equal by the rule of `x_StrNCmp`.
+bool namesEqual(std::string_view a, std::string_view b, bool ignoreCase);
+
+/// The sum that `x_Hash` takes over `name`, before the remainder; `foldCase` adds 32 to each "A" to
+/// "Z".
+unsigned byteSum(std::string_view name, bool foldCase);
+
+}  // namespace markup

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <span>
 
-#include "markup/MemoryBlock.h"
+#include "markup/text/Pages.h"
 
 /// One run of an open iconv converter over a buffer. What can't be converted becomes "?", one for
 /// each source unit skipped. Writes to a target buffer, never past its end, or only counts.
@@ -34,7 +34,7 @@ class IConvRun {
 
     /// Lets the run give back the memory of what it has read of the source, which lies in `block`.
     /// Call before `run`; the block must outlive it.
-    void consume(MemoryBlock& block) { consumed_ = &block; }
+    void consume(Pages& block) { consumed_ = &block; }
 
     /// Converts until the source ends, ends in the middle of a character, or the target is full.
     void run();
@@ -49,12 +49,12 @@ class IConvRun {
     std::size_t unread() const { return inputLeft_; }
 
   private:
-    bool x_Step();
-    bool x_CallByScratch(char** input, std::size_t* inputLeft);
-    void x_Reset();
-    bool x_ReplaceUnit();
-    void x_Call(char** input, std::size_t* inputLeft);
-    void x_RestartScratch();
+    bool step();
+    bool callByScratch(char** input, std::size_t* inputLeft);
+    void reset();
+    bool replaceUnit();
+    void callIConv(char** input, std::size_t* inputLeft);
+    void restartScratch();
 
     iconv_t converter_;
     char* input_;  // iconv wants it so; the source is never written to
@@ -66,6 +66,6 @@ class IConvRun {
     int error_ = 0;          // errno of the last call, 0 for success
     std::size_t bytes_ = 0;  // produced in all
     std::size_t irreversible_ = 0;
-    MemoryBlock* consumed_ = nullptr;  // holds the source, null when that is to stay
+    Pages* consumed_ = nullptr;  // holds the source, null when that is to stay
     std::array<char, 2048> scratch_;
 };

@@ -1,4 +1,4 @@
-#include "markup/IConvRun.h"
+#include "markup/text/IConv.h"
 
 #include <errno.h>
 
@@ -21,24 +21,24 @@ IConvRun::IConvRun(iconv_t converter, std::span<const char> source, std::span<ch
       units_(units),
       counting_(target.data() == nullptr) {
     if (counting_) {
-        x_RestartScratch();
+        restartScratch();
     }
 }
 
 void IConvRun::run() {
-    while (inputLeft_ > 0 && x_Step()) {
+    while (inputLeft_ > 0 && step()) {
         if (consumed_ != nullptr) {
             consumed_->discard(input_);
         }
     }
     // The end of the text may still need output: the rest of a UTF-7 group, a shift back to ASCII.
     if (error_ != E2BIG) {
-        x_Reset();
+        reset();
     }
 }
 
 // Converts up to the next fault, or a piece, and passes over it; false when the run is over.
-bool IConvRun::x_Step() {
+bool IConvRun::step() {
     constexpr std::size_t consumedPiece = std::size_t{1} << 22;
     const std::size_t longest = counting_              ? units_.countingPiece
                                 : consumed_ != nullptr ? consumedPiece
@@ -47,8 +47,8 @@ bool IConvRun::x_Step() {
     const bool moreToCome = piece < inputLeft_;
     const std::size_t bytesBefore = bytes_;
     std::size_t pieceLeft = piece;
-    x_Call(&input_, &pieceLeft);
-    const bool full = error_ == E2BIG && !counting_ && !x_CallByScratch(&input_, &pieceLeft);
+    callIConv(&input_, &pieceLeft);
+    const bool full = error_ == E2BIG && !counting_ && !callByScratch(&input_, &pieceLeft);
     const bool progress = !full && (pieceLeft < piece || bytes_ > bytesBefore);
     inputLeft_ -= piece - pieceLeft;
     switch (error_) {
@@ -56,7 +56,7 @@ bool IConvRun::x_Step() {
             return progress;
         case EILSEQ:
             // With a target such as "ASCII//IGNORE" the error comes after all input was taken.
-            return inputLeft_ > 0 && x_ReplaceUnit();
+            return inputLeft_ > 0 && replaceUnit();
         case E2BIG:
             // Into an empty scratch buffer a call that reads nothing would write the same for ever,
             // as the converter from EUC-JISX0213 does once its output was full.
@@ -71,12 +71,12 @@ bool IConvRun::x_Step() {
 // Calls again through the scratch buffer when the target is nearly full: some converters (to
 // EUC-JP, for one) want more room than the character takes, or before they find that there is none.
 // False, with nothing written, when the target really is full.
-bool IConvRun::x_CallByScratch(char** input, std::size_t* inputLeft) {
+bool IConvRun::callByScratch(char** input, std::size_t* inputLeft) {
     const std::span<char> target(output_, room_);
     const std::size_t bytesBefore = bytes_;
     output_ = scratch_.data();
     room_ = std::min(target.size() + leastScratchRoom, scratch_.size());
-    x_Call(input, inputLeft);
+    callIConv(input, inputLeft);
     const std::size_t produced = bytes_ - bytesBefore;
     const bool fits = produced <= target.size();
     const std::size_t taken = fits ? produced : 0;
@@ -90,20 +90,20 @@ bool IConvRun::x_CallByScratch(char** input, std::size_t* inputLeft) {
 
 // Returns to the initial shift state, with the output that it takes: also what the converter holds
 // back, as that from CP1255 does with a letter that may yet get a point.
-void IConvRun::x_Reset() {
-    x_Call(nullptr, nullptr);
+void IConvRun::reset() {
+    callIConv(nullptr, nullptr);
     if (error_ == E2BIG && !counting_) {
-        x_CallByScratch(nullptr, nullptr);
+        callByScratch(nullptr, nullptr);
     }
 }
 
 // Skips a source unit and writes "?" for it. The shift state is reset first and with its output, so
 // that the "?" doesn't end up inside a run of two-byte characters.
-bool IConvRun::x_ReplaceUnit() {
+bool IConvRun::replaceUnit() {
     const std::size_t skipped = std::min(units_.source, inputLeft_);
     input_ += skipped;
     inputLeft_ -= skipped;
-    x_Reset();
+    reset();
     if (error_ == E2BIG || room_ < units_.target) {
         error_ = E2BIG;
         return false;
@@ -116,9 +116,9 @@ bool IConvRun::x_ReplaceUnit() {
     return true;
 }
 
-void IConvRun::x_Call(char** input, std::size_t* inputLeft) {
+void IConvRun::callIConv(char** input, std::size_t* inputLeft) {
     if (counting_) {
-        x_RestartScratch();
+        restartScratch();
     }
     const std::size_t roomBefore = room_;
     const std::size_t count = ::iconv(converter_, input, inputLeft, &output_, &room_);
@@ -127,7 +127,7 @@ void IConvRun::x_Call(char** input, std::size_t* inputLeft) {
     irreversible_ += error_ == 0 ? count : 0;
 }
 
-void IConvRun::x_RestartScratch() {
+void IConvRun::restartScratch() {
     output_ = scratch_.data();
     room_ = scratch_.size();
 }

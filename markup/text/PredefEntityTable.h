@@ -9,10 +9,14 @@ struct PredefEntity {
     int codePoint;
 };
 
+namespace markup {
+
 /// All entities; of two names that differ in case only, the one with a capital letter stands first.
-std::span<const PredefEntity> x_PredefEntities();
+std::span<const PredefEntity> allPredefEntities();
 
 /// Finds the code point of an XML or HTML 4 character entity by its name, case-blind; 0 when there
 /// is none. Where HTML has two names that differ in case only, the one with a capital letter is
 /// always meant: "oslash" and "Oslash" are both U+00D8. That is required.
-int x_FindPredefEntity(std::string_view name);
+int findPredefEntity(std::string_view name);
+
+}  // namespace markup

@@ -1,4 +1,4 @@
-#include "markup/UnicodeCodec.h"
+#include "markup/text/UnicodeCodec.h"
 
 #include <algorithm>
 
@@ -44,13 +44,13 @@ int decodeSequence(const char*& cursor, const char* end) {
 void EncodeCharUTF8(int character, char* target, int& length) {
     char scratch[4];
     char* const at = target == nullptr ? scratch : target + length;
-    length += static_cast<int>(x_PutUTF8(static_cast<std::uint32_t>(character), at));
+    length += static_cast<int>(markup::putUTF8(static_cast<std::uint32_t>(character), at));
 }
 
 void EncodeCharUTF16(int character, unsigned short* target, int& length) {
     unsigned short scratch[2];
     unsigned short* const at = target == nullptr ? scratch : target + length;
-    length += static_cast<int>(x_PutUTF16(static_cast<std::uint32_t>(character), at));
+    length += static_cast<int>(markup::putUTF16(static_cast<std::uint32_t>(character), at));
 }
 
 int DecodeCharUTF8(const char*& cursor, const char* end) {
@@ -73,11 +73,11 @@ int DecodeCharUTF16(const unsigned short*& cursor, const unsigned short* end) {
 }
 
 int UTF16To8(char* target, const unsigned short* source, int length) {
-    return x_Transcode(target, source, length, DecodeCharUTF16, x_PutUTF8);
+    return markup::transcode(target, source, length, DecodeCharUTF16, markup::putUTF8);
 }
 
 int UTF8To16(unsigned short* target, const char* source, int length) {
-    return x_Transcode(target, source, length, DecodeCharUTF8, x_PutUTF16);
+    return markup::transcode(target, source, length, DecodeCharUTF8, markup::putUTF16);
 }
 
 bool DetectUTF8(const char* text, int length, int* nonAscii, bool* errorAtEnd) {

@@ -3,7 +3,7 @@
 #include <span>
 #include <string_view>
 
-#include "markup/TextArg.h"
+#include "markup/text/TextArg.h"
 
 /// Code pages that select a codec or a rule; every other one is only a number from the name table.
 enum EncodingCodePage : int {
@@ -23,8 +23,12 @@ struct EncodingName {
     std::string_view name;  ///< in lower case
 };
 
+namespace markup {
+
 /// All names, in the order of their code pages.
-std::span<const EncodingName> x_EncodingNames();
+std::span<const EncodingName> allEncodingNames();
+
+}  // namespace markup
 
 /// Finds the code page of an encoding name, case-blind over A to Z. An empty name gives 0, a name
 /// that begins "UTF-32" (upper case only) 65005, an unknown or overlong name -1.

@@ -1,4 +1,4 @@
-#include "markup/NameCompare.h"
+#include "markup/text/NameCompare.h"
 
 #include <cstring>
 
@@ -30,7 +30,7 @@ int x_StrNCmp(const char* a, const char* b, int n, bool ignoreCase) {
     return 0;
 }
 
-bool x_NamesEqual(std::string_view a, std::string_view b, bool ignoreCase) {
+bool markup::namesEqual(std::string_view a, std::string_view b, bool ignoreCase) {
     if (a.size() != b.size()) {
         return false;
     }
@@ -42,10 +42,10 @@ int x_Hash(const char* text, int size) {
     if (text == nullptr || size < 1) {
         return 0;
     }
-    return static_cast<int>(x_ByteSum(text, false) % static_cast<unsigned>(size));
+    return static_cast<int>(markup::byteSum(text, false) % static_cast<unsigned>(size));
 }
 
-unsigned x_ByteSum(std::string_view name, bool foldCase) {
+unsigned markup::byteSum(std::string_view name, bool foldCase) {
     unsigned sum = 0;
     for (const char c : name) {
         sum += static_cast<unsigned>(signedByte(foldCase ? toLower(c) : c));

@@ -1,4 +1,4 @@
-#include "markup/Utf8Sweep.h"
+#include "markup/text/Utf8Sweep.h"
 
 #ifdef __x86_64__
 #include <emmintrin.h>
@@ -70,7 +70,7 @@ std::size_t sequenceLength(const Byte* text, std::size_t left) {
 
 }  // namespace
 
-std::size_t x_PlainUtf8Length(std::string_view text) {
+std::size_t markup::plainUtf8Length(std::string_view text) {
     const auto* const bytes = reinterpret_cast<const Byte*>(text.data());
     std::size_t passed = 0;
     while (passed < text.size()) {

@@ -1,4 +1,4 @@
-#include "markup/TextBuffer.h"
+#include "markup/text/TextBuffer.h"
 
 #include <cstring>
 
@@ -8,7 +8,7 @@ namespace {
 /// after another, and fresh pages would have to be cleared for each. It is never destroyed: texts
 /// may outlive it.
 union Spare {
-    MemoryBlock block;
+    Pages block;
     constexpr Spare() : block() {}
     ~Spare() {}
 };
@@ -16,7 +16,7 @@ constinit Spare spare;
 constexpr std::size_t mostKept = std::size_t{1} << 26;
 
 /// Puts `block` in the place of the spare one and returns that.
-MemoryBlock exchangeSpare(MemoryBlock block) {
+Pages exchangeSpare(Pages block) {
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-union-access): the only member, always there
     return std::exchange(spare.block, std::move(block));
 }
@@ -26,11 +26,11 @@ MemoryBlock exchangeSpare(MemoryBlock block) {
 char* TextBuffer::reset(std::size_t size) {
     if (size > block_.size()) {
         clear();
-        block_ = MemoryBlock::isLarge(size) ? exchangeSpare({}) : MemoryBlock();
+        block_ = Pages::isLarge(size) ? exchangeSpare({}) : Pages();
         // Neither too small nor so large that another text would keep much memory for nothing.
         if (size > block_.size() || size < block_.size() / 4) {
             block_ = {};  // given back first: there may not be memory for both
-            block_ = MemoryBlock(size, MemoryBlock::HugePages);
+            block_ = Pages(size, Pages::huge);
         }
     }
     block_.renew();
@@ -47,7 +47,7 @@ void TextBuffer::assign(std::string_view text) {
 
 void TextBuffer::clear() noexcept {
     size_ = 0;
-    MemoryBlock given = std::move(block_);
+    Pages given = std::move(block_);
     if (given.isMapped() && given.size() != 0 && given.size() <= mostKept) {
         exchangeSpare(std::move(given));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string_view>
 
 /// Character classes of the tokenizer: a scanning loop is one table look-up and one test a byte.
@@ -13,6 +14,8 @@ enum CharClass : unsigned char {
     ClassName = 32,       ///< ends a name read by `TokenPos::FindName`
     ClassPathName = 64,   ///< ends a name in a path, and an open tag's name for its end tag
 };
+
+namespace markup {
 
 namespace charclass {
 
@@ -45,6 +48,26 @@ inline constexpr std::array<unsigned char, 256> table = makeTable();
 }  // namespace charclass
 
 /// True when `c` belongs to any of the classes in the bit set `classes`.
-constexpr bool x_IsClass(char c, unsigned classes) {
+constexpr bool isClass(char c, unsigned classes) {
     return (charclass::table[static_cast<unsigned char>(c)] & classes) != 0;
 }
+
+/// The first position from `pos` on that holds no byte of the classes, the text's size when there
+/// is none. Requires: pos <= text.size().
+constexpr std::size_t skipClass(std::string_view text, std::size_t pos, unsigned classes) {
+    while (pos < text.size() && isClass(text[pos], classes)) {
+        ++pos;
+    }
+    return pos;
+}
+
+/// The first position from `pos` on that holds a byte of one of the classes, the text's size when
+/// there is none. Requires: pos <= text.size().
+constexpr std::size_t findClass(std::string_view text, std::size_t pos, unsigned classes) {
+    while (pos < text.size() && !isClass(text[pos], classes)) {
+        ++pos;
+    }
+    return pos;
+}
+
+}  // namespace markup

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <string>
 
-#include "markup/MemoryBlock.h"
-#include "markup/TextArg.h"
+#include "markup/text/Pages.h"
+#include "markup/text/TextArg.h"
 
 /// One conversion of a buffer from one named encoding to another. UTF-8, UTF-16 and 32-bit
 /// characters are converted among themselves by codecs of its own, every other pair (UTF-8 to UTF-8
@@ -26,7 +26,7 @@ class TextEncoding {
     /// Lets a converting call give back the memory of what it has read of the source, which lies in
     /// `block`: the source is lost with it. Only for conversions to UTF-8, see IConvRun::Units. The
     /// block must outlive the object.
-    void ConsumeSource(MemoryBlock& block) { consumed_ = &block; }
+    void ConsumeSource(Pages& block) { consumed_ = &block; }
 
     /// Converts into `target`, or only measures when it is null, and returns the number of target
     /// units. A name that is not null becomes the target encoding; a null one keeps the one stored.
@@ -64,31 +64,31 @@ class TextEncoding {
     bool isTooLong() const { return tooLong_; }
 
   private:
-    int x_Convert(void* target);
-    int x_FromUTF8(void* target, int toCodePage);
-    int x_Coded(int count);
-    int x_FromUTF16(void* target, int toCodePage);
-    int x_ConsumeUTF16(char* target);
-    int x_FromUTF32(void* target, int toCodePage);
-    int x_FromOther(void* target, int toCodePage);
-    int x_ToUTF32(void* target);
-    int x_IConv(TextArg toEncoding, void* target, int room, int targetUnit, int sourceUnit);
-    int x_RaggedUTF8() const;
-    bool x_RaggedMultibyte(int& trailingBytes) const;
+    int convert(void* target);
+    int fromUTF8(void* target, int toCodePage);
+    int checkedCount(int count);
+    int fromUTF16(void* target, int toCodePage);
+    int consumeUTF16(char* target);
+    int fromUTF32(void* target, int toCodePage);
+    int fromOther(void* target, int toCodePage);
+    int toUTF32(void* target);
+    int convertByIConv(TextArg toEncoding, void* target, int room, int targetUnit, int sourceUnit);
+    int raggedUTF8() const;
+    bool raggedMultibyte(int& trailingBytes) const;
 
     template <class Unit>
-    const Unit* x_Source() const {
+    const Unit* sourceAs() const {
         return static_cast<const Unit*>(source_);
     }
 
     std::string toEncoding_;
     std::string fromEncoding_;
     const void* source_;
-    int sourceLength_;                 // in source units
-    MemoryBlock* consumed_ = nullptr;  // holds the source, null when that is to stay
-    int outputCount_ = 0;              // in target units
-    int failedCharacters_ = 0;         // of the last conversion
-    bool tooLong_ = false;             // the last conversion's result would have been
+    int sourceLength_;           // in source units
+    Pages* consumed_ = nullptr;  // holds the source, null when that is to stay
+    int outputCount_ = 0;        // in target units
+    int failedCharacters_ = 0;   // of the last conversion
+    bool tooLong_ = false;       // the last conversion's result would have been
 };
 
 /// Converts a text from the platform's default character set to UTF-8.

@@ -1,11 +1,11 @@
-#include "markup/PredefEntityTable.h"
+#include "markup/text/PredefEntityTable.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
-#include "markup/HashSlots.h"
+#include "markup/text/HashSlots.h"
 
 namespace {
 
@@ -327,11 +327,11 @@ static_assert(std::ranges::all_of(predefEntities, [](const PredefEntity& row) {
 
 }  // namespace
 
-std::span<const PredefEntity> x_PredefEntities() {
+std::span<const PredefEntity> markup::allPredefEntities() {
     return predefEntities;
 }
 
-int x_FindPredefEntity(std::string_view name) {
+int markup::findPredefEntity(std::string_view name) {
     const PredefEntity* row = firstOfName(name);
     return row == nullptr ? 0 : row->codePoint;
 }

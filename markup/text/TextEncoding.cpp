@@ -1,4 +1,4 @@
-#include "markup/TextEncoding.h"
+#include "markup/text/TextEncoding.h"
 
 #include <iconv.h>
 #include <sys/mman.h>
@@ -16,9 +16,9 @@
 #include <utility>
 #include <vector>
 
-#include "markup/EncodingNameTable.h"
-#include "markup/IConvRun.h"
-#include "markup/UnicodeCodec.h"
+#include "markup/text/EncodingNameTable.h"
+#include "markup/text/IConv.h"
+#include "markup/text/UnicodeCodec.h"
 
 namespace {
 
@@ -143,56 +143,56 @@ int TextEncoding::PerformConversion(void* target, TextArg toEncoding) {
     }
     failedCharacters_ = 0;
     tooLong_ = false;
-    outputCount_ = x_Convert(target);
+    outputCount_ = convert(target);
     return outputCount_;
 }
 
-int TextEncoding::x_Convert(void* target) {
+int TextEncoding::convert(void* target) {
     const int toCodePage = x_GetEncodingCodePage(toEncoding_);
     switch (x_GetEncodingCodePage(fromEncoding_)) {
         case CodePageUtf8:
-            return x_FromUTF8(target, toCodePage);
+            return fromUTF8(target, toCodePage);
         case CodePageUtf16:
-            return x_FromUTF16(target, toCodePage);
+            return fromUTF16(target, toCodePage);
         case CodePageUtf32:
-            return x_FromUTF32(target, toCodePage);
+            return fromUTF32(target, toCodePage);
         case CodePageUnknown:
             return IConv(target, 1, 1);
         default:
-            return x_FromOther(target, toCodePage);
+            return fromOther(target, toCodePage);
     }
 }
 
 // An own codec makes at least one unit of every text: nothing means that it refused the result.
-int TextEncoding::x_Coded(int count) {
+int TextEncoding::checkedCount(int count) {
     tooLong_ = count == 0 && sourceLength_ > 0;
     return count;
 }
 
-int TextEncoding::x_FromUTF8(void* target, int toCodePage) {
-    const char* const source = x_Source<char>();
+int TextEncoding::fromUTF8(void* target, int toCodePage) {
+    const char* const source = sourceAs<char>();
     switch (toCodePage) {
         case CodePageUtf16:
-            return x_Coded(x_Transcode(static_cast<unsigned short*>(target), source, sourceLength_,
-                                       DecodeCharUTF8, putLow16));
+            return checkedCount(markup::transcode(static_cast<unsigned short*>(target), source,
+                                                  sourceLength_, DecodeCharUTF8, putLow16));
         case CodePageUtf32:
-            return x_Coded(x_Transcode(static_cast<wchar_t*>(target), source, sourceLength_,
-                                       DecodeCharUTF8, putWide));
+            return checkedCount(markup::transcode(static_cast<wchar_t*>(target), source,
+                                                  sourceLength_, DecodeCharUTF8, putWide));
         default:
             return IConv(target, 1, 1);
     }
 }
 
-int TextEncoding::x_FromUTF16(void* target, int toCodePage) {
-    const auto* const source = x_Source<unsigned short>();
+int TextEncoding::fromUTF16(void* target, int toCodePage) {
+    const auto* const source = sourceAs<unsigned short>();
     switch (toCodePage) {
         case CodePageUtf8:
             return target != nullptr && consumed_ != nullptr
-                       ? x_ConsumeUTF16(static_cast<char*>(target))
-                       : x_Coded(UTF16To8(static_cast<char*>(target), source, sourceLength_));
+                       ? consumeUTF16(static_cast<char*>(target))
+                       : checkedCount(UTF16To8(static_cast<char*>(target), source, sourceLength_));
         case CodePageUtf32:
-            return x_Coded(x_Transcode(static_cast<wchar_t*>(target), source, sourceLength_,
-                                       DecodeCharUTF16, putWide));
+            return checkedCount(markup::transcode(static_cast<wchar_t*>(target), source,
+                                                  sourceLength_, DecodeCharUTF16, putWide));
         default:
             return IConv(target, 1, 2);
     }
@@ -200,9 +200,9 @@ int TextEncoding::x_FromUTF16(void* target, int toCodePage) {
 
 // Converts piece by piece, and gives back what has been read of the source. No piece ends with a
 // surrogate, of whichever half: the codec would join it with the next unit.
-int TextEncoding::x_ConsumeUTF16(char* target) {
+int TextEncoding::consumeUTF16(char* target) {
     constexpr int pieceLength = 1 << 21;
-    const auto* const source = x_Source<unsigned short>();
+    const auto* const source = sourceAs<unsigned short>();
     int count = 0;
     for (int done = 0; done < sourceLength_;) {
         int end = done + std::min(pieceLength, sourceLength_ - done);
@@ -216,54 +216,54 @@ int TextEncoding::x_ConsumeUTF16(char* target) {
     return count;
 }
 
-int TextEncoding::x_FromUTF32(void* target, int toCodePage) {
-    const auto* const source = x_Source<wchar_t>();
+int TextEncoding::fromUTF32(void* target, int toCodePage) {
+    const auto* const source = sourceAs<wchar_t>();
     switch (toCodePage) {
         case CodePageUtf8:
-            return x_Coded(x_Transcode(static_cast<char*>(target), source, sourceLength_,
-                                       decodeWide, x_PutUTF8));
+            return checkedCount(markup::transcode(static_cast<char*>(target), source, sourceLength_,
+                                                  decodeWide, markup::putUTF8));
         case CodePageUtf16:
-            return x_Coded(x_Transcode(static_cast<unsigned short*>(target), source, sourceLength_,
-                                       decodeWide, x_PutUTF16));
+            return checkedCount(markup::transcode(static_cast<unsigned short*>(target), source,
+                                                  sourceLength_, decodeWide, markup::putUTF16));
         default:
             return IConv(target, 1, 4);
     }
 }
 
-int TextEncoding::x_FromOther(void* target, int toCodePage) {
+int TextEncoding::fromOther(void* target, int toCodePage) {
     switch (toCodePage) {
         case CodePageUtf16:
             return IConv(target, 2, 1);
         case CodePageUtf32:
-            return x_ToUTF32(target);
+            return toUTF32(target);
         default:
             return IConv(target, 1, 1);
     }
 }
 
 // Goes through UTF-16, when only measuring too: the result counts characters, not units.
-int TextEncoding::x_ToUTF32(void* target) {
-    const int units = x_IConv(hostUtf16, nullptr, 0, 2, 1);
+int TextEncoding::toUTF32(void* target) {
+    const int units = convertByIConv(hostUtf16, nullptr, 0, 2, 1);
     std::vector<unsigned short> utf16(static_cast<std::size_t>(units));
     failedCharacters_ = 0;
-    const int count = units == 0 ? 0 : x_IConv(hostUtf16, utf16.data(), units, 2, 1);
-    return x_Transcode(static_cast<wchar_t*>(target), utf16.data(), count, DecodeCharUTF16,
-                       putWide);
+    const int count = units == 0 ? 0 : convertByIConv(hostUtf16, utf16.data(), units, 2, 1);
+    return markup::transcode(static_cast<wchar_t*>(target), utf16.data(), count, DecodeCharUTF16,
+                             putWide);
 }
 
 int TextEncoding::IConv(void* target, int targetUnit, int sourceUnit) {
     int room = outputCount_;
     if (target != nullptr && room == 0) {
-        room = x_IConv(toEncoding_, nullptr, 0, targetUnit, sourceUnit);
+        room = convertByIConv(toEncoding_, nullptr, 0, targetUnit, sourceUnit);
         failedCharacters_ = 0;  // the count of the converting pass is the one kept
     }
-    outputCount_ = x_IConv(toEncoding_, target, room, targetUnit, sourceUnit);
+    outputCount_ = convertByIConv(toEncoding_, target, room, targetUnit, sourceUnit);
     return outputCount_;
 }
 
 // `room` is in target units and doesn't matter when only measuring.
-int TextEncoding::x_IConv(TextArg toEncoding, void* target, int room, int targetUnit,
-                          int sourceUnit) {
+int TextEncoding::convertByIConv(TextArg toEncoding, void* target, int room, int targetUnit,
+                                 int sourceUnit) {
     const PreparedName to(toEncoding);
     const PreparedName from(fromEncoding_);
     const IConvHandle handle(to, from);
@@ -279,7 +279,7 @@ int TextEncoding::x_IConv(TextArg toEncoding, void* target, int room, int target
         units.countingPiece = isUtf8 ? utf8Piece : decodedPiece;
     }
     // iconv is asked for big-endian text where the name is plain "UTF-16", memory is in host order.
-    std::span<const char> source(x_Source<char>(),
+    std::span<const char> source(sourceAs<char>(),
                                  static_cast<std::size_t>(sourceLength_) * units.source);
     std::vector<char> swapped;
     if (littleEndianHost && from.orderAdded()) {
@@ -326,21 +326,21 @@ bool TextEncoding::FindRaggedEnd(int& trailingBytes) const {
         return true;
     }
     if (codePage == CodePageUtf16) {
-        const unsigned short last = x_Source<unsigned short>()[sourceLength_ - 1];
+        const unsigned short last = sourceAs<unsigned short>()[sourceLength_ - 1];
         trailingBytes = last >= 0xD800 && last <= 0xDFFF ? 2 : 0;
         return true;
     }
     if (codePage == CodePageUtf8) {
-        trailingBytes = x_RaggedUTF8();
+        trailingBytes = raggedUTF8();
         return true;
     }
     return !std::ranges::binary_search(multibyteCodePages, codePage) ||
-           x_RaggedMultibyte(trailingBytes);
+           raggedMultibyte(trailingBytes);
 }
 
 // Walks back to the last byte that begins a complete sequence.
-int TextEncoding::x_RaggedUTF8() const {
-    const char* const begin = x_Source<char>();
+int TextEncoding::raggedUTF8() const {
+    const char* const begin = sourceAs<char>();
     const char* const end = begin + sourceLength_;
     const char* start = end;
     while (start != begin && (start[-1] & 0x80) != 0) {
@@ -355,12 +355,12 @@ int TextEncoding::x_RaggedUTF8() const {
 
 // Converts from the start, since only that tells the bytes of a character apart, and takes what the
 // converter leaves unread at the end.
-bool TextEncoding::x_RaggedMultibyte(int& trailingBytes) const {
+bool TextEncoding::raggedMultibyte(int& trailingBytes) const {
     const IConvHandle handle(PreparedName("UTF-8"), PreparedName(fromEncoding_));
     if (!handle.isOpen()) {
         return false;
     }
-    const std::span source(x_Source<char>(), static_cast<std::size_t>(sourceLength_));
+    const std::span source(sourceAs<char>(), static_cast<std::size_t>(sourceLength_));
     IConvRun::Units units;
     units.countingPiece = decodedPiece;
     IConvRun run(handle.get(), source, {}, units);

@@ -1,11 +1,11 @@
-#include "markup/EncodingNameTable.h"
+#include "markup/text/EncodingNameTable.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
-#include "markup/HashSlots.h"
+#include "markup/text/HashSlots.h"
 
 namespace {
 
@@ -422,7 +422,7 @@ static_assert(longestName() == 45 && longestName() < maxEncodingNameLength);
 
 }  // namespace
 
-std::span<const EncodingName> x_EncodingNames() {
+std::span<const EncodingName> markup::allEncodingNames() {
     return encodingNames;
 }
 

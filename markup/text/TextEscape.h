@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "markup/DocFlags.h"
-#include "markup/TextArg.h"
+#include "markup/text/TextArg.h"
 
 /// Flags of EscapeText. Not to be mixed with the document's flags: 0x100 means something else
 /// there.
@@ -19,13 +19,17 @@ enum EscapeFlags : int {
 /// to the text; negative means up to the NUL.
 std::string UnescapeText(TextArg text, int length, int flags);
 
-/// UnescapeText on the whole view, embedded NULs included, appended to `out`. What `out` holds
-/// already has no influence on trimming.
-void x_AppendUnescaped(std::string& out, std::string_view text, int flags);
-
 /// Replaces "<", "&" and ">" by entity references, with EscapeFlagQuotes both quotes too. Embedded
 /// NULs and bytes of any encoding are copied.
 std::string EscapeText(TextArg text, int flags);
 
 /// Wraps a text in a CDATA section, split wherever the text holds the section's end mark.
 std::string x_EncodeCDATASection(TextArg text);
+
+namespace markup {
+
+/// UnescapeText on the whole view, embedded NULs included, appended to `out`. What `out` holds
+/// already has no influence on trimming.
+void appendUnescaped(std::string& out, std::string_view text, int flags);
+
+}  // namespace markup

@@ -1,4 +1,4 @@
-#include "markup/TextEscape.h"
+#include "markup/text/TextEscape.h"
 
 #include <algorithm>
 #include <array>
@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "markup/PredefEntityTable.h"
-#include "markup/UnicodeCodec.h"
+#include "markup/text/PredefEntityTable.h"
+#include "markup/text/UnicodeCodec.h"
 
 namespace {
 
@@ -46,15 +46,16 @@ Position appendReference(std::string& out, std::string_view text, Position pos) 
     std::uint32_t codePoint = 0;
     const bool ended = name.size() <= longestReferenceName && pos + 1 + name.size() < text.size();
     if (ended && std::ranges::all_of(name, isAscii)) {
-        codePoint = name.starts_with('#') ? characterReference(name.substr(1))
-                                          : static_cast<std::uint32_t>(x_FindPredefEntity(name));
+        codePoint = name.starts_with('#')
+                        ? characterReference(name.substr(1))
+                        : static_cast<std::uint32_t>(markup::findPredefEntity(name));
     }
     if (codePoint == 0) {
         out += '&';
         return pos + 1;
     }
     std::array<char, 4> utf8;
-    out.append(utf8.data(), x_PutUTF8(codePoint, utf8.data()));
+    out.append(utf8.data(), markup::putUTF8(codePoint, utf8.data()));
     return pos + 1 + name.size() + 1;
 }
 
@@ -140,7 +141,7 @@ constexpr std::string_view replacementOf(char c) {
 
 }  // namespace
 
-void x_AppendUnescaped(std::string& out, std::string_view text, int flags) {
+void markup::appendUnescaped(std::string& out, std::string_view text, int flags) {
     if ((flags & (DocFlagTrimWhitespace | DocFlagCollapseWhitespace)) == 0) {
         appendKeepingWhite(out, text);
     } else {
@@ -154,7 +155,7 @@ std::string UnescapeText(TextArg text, int length, int flags) {
         all.substr(0, length < 0 ? all.find('\0') : static_cast<Position>(length));
     std::string out;
     out.reserve(part.size());
-    x_AppendUnescaped(out, part, flags);
+    markup::appendUnescaped(out, part, flags);
     return out;
 }
 

@@ -6,30 +6,30 @@
 /// A block of memory whose content is not defined at first, owned by one object. Large ones are
 /// mapped straight from the system: what is never touched costs nothing then, whole huge pages may
 /// be had, and blocks of ever other sizes don't leave holes in malloc's memory.
-class MemoryBlock {
+class Pages {
   public:
     /// Touching memory for the first time costs more than parsing it, and ten times less in huge
     /// pages; but a huge page is taken whole with its first byte.
-    enum Pages { UsualPages, HugePages };
+    enum PageSize { usual, huge };
 
     /// An empty block.
-    MemoryBlock() = default;
-    /// A block of at least `size` bytes, aligned for any type. `HugePages` is a wish: where the
+    Pages() = default;
+    /// A block of at least `size` bytes, aligned for any type. `huge` is a wish: where the
     /// system has none they are as usual. Throws std::bad_alloc.
-    MemoryBlock(std::size_t size, Pages pages);
-    MemoryBlock(MemoryBlock&& other) noexcept
+    Pages(std::size_t size, PageSize pages);
+    Pages(Pages&& other) noexcept
         : data_(std::exchange(other.data_, nullptr)),
           size_(std::exchange(other.size_, 0)),
           isMapped_(other.isMapped_),
           discarded_(other.discarded_) {}
-    MemoryBlock& operator=(MemoryBlock&& other) noexcept {
+    Pages& operator=(Pages&& other) noexcept {
         std::swap(data_, other.data_);
         std::swap(size_, other.size_);
         std::swap(isMapped_, other.isMapped_);
         std::swap(discarded_, other.discarded_);
         return *this;
     }
-    ~MemoryBlock();
+    ~Pages();
 
     char* data() const { return data_; }
     /// Bytes that may be used, 0 for an empty block.

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <utility>
 
-#include "markup/MemoryBlock.h"
+#include "markup/text/Pages.h"
 
 /// Memory for a document's text. Unlike std::string it is not cleared before a file is read into
 /// it, and large ones lie in huge pages where the system has them.
@@ -24,7 +24,7 @@ class TextBuffer {
     bool empty() const { return size_ == 0; }
 
     /// The block that the text lies in, from its first byte on.
-    MemoryBlock& block() { return block_; }
+    Pages& block() { return block_; }
 
     /// Makes room for `size` bytes, whose content is not defined, and returns the first. What was
     /// there before is lost. Throws std::bad_alloc, leaving the buffer empty.
@@ -37,6 +37,6 @@ class TextBuffer {
     void clear() noexcept;
 
   private:
-    MemoryBlock block_;
+    Pages block_;
     std::size_t size_ = 0;
 };

@@ -1,4 +1,4 @@
-#include "markup/MemoryBlock.h"
+#include "markup/text/Pages.h"
 
 #include <sys/mman.h>
 
@@ -49,13 +49,13 @@ char* mapHuge(std::size_t& size) {
 
 }  // namespace
 
-MemoryBlock::MemoryBlock(std::size_t size, Pages pages) : size_(size), isMapped_(isLarge(size)) {
+Pages::Pages(std::size_t size, PageSize pages) : size_(size), isMapped_(isLarge(size)) {
     if (size > SIZE_MAX / 2) {
         throw std::bad_alloc();
     }
     if (isMapped_) {
         size_ = (size + page - 1) / page * page;
-        data_ = pages == HugePages ? mapHuge(size_) : map(size_);
+        data_ = pages == huge ? mapHuge(size_) : map(size_);
     } else {
         data_ = static_cast<char*>(std::malloc(size == 0 ? 1 : size));
     }
@@ -64,7 +64,7 @@ MemoryBlock::MemoryBlock(std::size_t size, Pages pages) : size_(size), isMapped_
     }
 }
 
-MemoryBlock::~MemoryBlock() {
+Pages::~Pages() {
     if (data_ != nullptr && isMapped_) {
         ::munmap(data_, size_);
     } else {
@@ -72,7 +72,7 @@ MemoryBlock::~MemoryBlock() {
     }
 }
 
-void MemoryBlock::discard(const char* end) {
+void Pages::discard(const char* end) {
     // Huge pages are not broken up.
     const std::size_t whole = static_cast<std::size_t>(end - data_) / hugePage * hugePage;
     if (isMapped_ && whole > discarded_) {
