@@ -384,8 +384,8 @@ bool FilePos::convertToUtf8(TextBuffer& text, TextArg from, Pages& source, int u
     // Both texts at once would take twice the memory.
     conversion.ConsumeSource(source);
     int length = conversion.PerformConversion(nullptr, "UTF-8");
-    if (conversion.isTooLong()) {
-        return FileErrorAddResult(EFBIG);
+    if (conversion.error() != 0) {
+        return FileErrorAddResult(conversion.error());
     }
     text.reset(static_cast<std::size_t>(length));
     if (length != 0) {  // else it would be measured anew

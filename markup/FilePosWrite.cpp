@@ -108,8 +108,8 @@ bool FilePos::writeConverted(const char* text, int length) {
     TextEncoding conversion("UTF-8", text, length);
     const std::int64_t bytes =
         std::int64_t{conversion.PerformConversion(nullptr, encoding)} * unitSizeOf(encoding);
-    if (conversion.isTooLong() || bytes > INT_MAX) {
-        return FileErrorAddResult(EFBIG);
+    if (conversion.error() != 0 || bytes > INT_MAX) {
+        return FileErrorAddResult(bytes > INT_MAX ? EFBIG : conversion.error());
     }
     const auto buffer = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(bytes));
     // Less than was measured where a stateful converter shifts otherwise when it starts a new

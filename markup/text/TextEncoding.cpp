@@ -142,7 +142,7 @@ int TextEncoding::PerformConversion(void* target, TextArg toEncoding) {
         toEncoding_ = toEncoding.view();
     }
     failedCharacters_ = 0;
-    tooLong_ = false;
+    error_ = 0;
     outputCount_ = convert(target);
     return outputCount_;
 }
@@ -165,7 +165,7 @@ int TextEncoding::convert(void* target) {
 
 // An own codec makes at least one unit of every text: nothing means that it refused the result.
 int TextEncoding::checkedCount(int count) {
-    tooLong_ = count == 0 && sourceLength_ > 0;
+    error_ = count == 0 && sourceLength_ > 0 ? EFBIG : 0;
     return count;
 }
 
@@ -301,12 +301,13 @@ int TextEncoding::convertByIConv(TextArg toEncoding, void* target, int room, int
     const std::size_t failed = static_cast<std::size_t>(failedCharacters_) + run.irreversible();
     failedCharacters_ = static_cast<int>(std::min(failed, std::size_t{INT_MAX}));
     const std::size_t count = run.bytes() / units.target;
-    tooLong_ = count > std::size_t{INT_MAX};
-    return tooLong_ ? 0 : static_cast<int>(count);
+    error_ = count > std::size_t{INT_MAX} ? EFBIG : 0;
+    return error_ != 0 ? 0 : static_cast<int>(count);
 }
 
-bool TextEncoding::CanConvert(TextArg toEncoding, TextArg fromEncoding) {
-    return IConvHandle(PreparedName(toEncoding), PreparedName(fromEncoding)).isOpen();
+int TextEncoding::converterError(TextArg toEncoding, TextArg fromEncoding) {
+    const IConvHandle handle{PreparedName(toEncoding), PreparedName(fromEncoding)};
+    return handle.isOpen() ? 0 : EINVAL;
 }
 
 char* TextEncoding::IConvName(char* buffer, TextArg name) {

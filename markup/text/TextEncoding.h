@@ -36,7 +36,12 @@ class TextEncoding {
     int PerformConversion(void* target, TextArg toEncoding);
 
     /// Tells whether iconv has a converter for the pair. Names of 100 bytes or more have none.
-    static bool CanConvert(TextArg toEncoding, TextArg fromEncoding);
+    static bool CanConvert(TextArg toEncoding, TextArg fromEncoding) {
+        return converterError(toEncoding, fromEncoding) == 0;
+    }
+    /// Why no converter for the pair can be opened, an errno value: EINVAL when there is none; 0
+    /// when one can. Throws std::bad_alloc when memory does not suffice to tell.
+    static int converterError(TextArg toEncoding, TextArg fromEncoding);
 
     /// Converts through iconv to the stored target encoding, with the given bytes per unit; target
     /// and result as in PerformConversion, but no more than outputCount() units are written
@@ -60,8 +65,9 @@ class TextEncoding {
     /// "?" is not counted: that is required, callers report a loss only for what iconv reports.
     int failedCharacters() const { return failedCharacters_; }
 
-    /// True when the last conversion gave 0 because its result would be longer than INT32_MAX.
-    bool isTooLong() const { return tooLong_; }
+    /// Why the last conversion failed, an errno value: EFBIG when its result would be longer than
+    /// INT32_MAX units; 0 when it did not.
+    int error() const { return error_; }
 
   private:
     int convert(void* target);
@@ -88,7 +94,7 @@ class TextEncoding {
     Pages* consumed_ = nullptr;  // holds the source, null when that is to stay
     int outputCount_ = 0;        // in target units
     int failedCharacters_ = 0;   // of the last conversion
-    bool tooLong_ = false;       // the last conversion's result would have been
+    int error_ = 0;              // of the last conversion
 };
 
 /// Converts a text from the platform's default character set to UTF-8.

@@ -27,6 +27,6 @@ inline std::string convert(const std::string& from, const std::string& to,
     const std::size_t size = static_cast<std::size_t>(count) * (isUnknown ? 1 : unitSize(to));
     const auto out = std::make_unique<std::byte[]>(size);
     EXPECT_EQ(encoding.PerformConversion(out.get(), nullptr), count) << from << " to " << to;
-    EXPECT_FALSE(encoding.isTooLong());
+    EXPECT_EQ(encoding.error(), 0);
     return {reinterpret_cast<const char*>(out.get()), size};
 }
