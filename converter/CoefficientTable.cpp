@@ -1,30 +1,20 @@
 #include "converter/CoefficientTable.h"
 
 #include <algorithm>
+#include <span>
 
-#include "base/String.h"
-#include "converter/VectorReader.h"
-
-namespace {
-
-const auto nans = [] {
-    std::array<double, 1024> values;
-    values.fill(vek::String::nan);
-    return values;
-}();
-
-}  // namespace
+#include "converter/numbers/VectorReader.h"
 
 int CoefficientTable::kindOf(std::string_view elementName) {
-    const auto found = std::find(kindNames.begin(), kindNames.end(), elementName);
-    return found == kindNames.end() ? -1 : static_cast<int>(found - kindNames.begin());
+    const auto found = std::ranges::find(record::kindNames, elementName);
+    return found == record::kindNames.end() ? -1
+                                            : static_cast<int>(found - record::kindNames.begin());
 }
 
-long CoefficientTable::appendValues(int detector, int kind, std::string_view text,
-                                    std::string_view around) {
+long CoefficientTable::appendValues(int detector, int kind, std::string_view text) {
     Values& values = lists_[static_cast<std::size_t>(detector) - 1][static_cast<std::size_t>(kind)];
     // Appended many at a time: a vector of the usual length then takes its memory once.
-    VectorReader reader(text, around);
+    VectorReader reader(text);
     VectorReader::Batch batch;
     while (const std::size_t count = reader.read(batch)) {
         values.append(batch.data(), static_cast<long>(count));
@@ -40,15 +30,13 @@ void CoefficientTable::clear() {
     }
 }
 
-void CoefficientTable::writeVectors(RecordWriter& record, std::int16_t pixels) {
-    for (std::size_t kind = 0; kind < kindCount; ++kind) {
-        for (auto& detector : lists_) {
-            Values& values = detector[kind];
-            while (values.count() < pixels) {
-                const long missing = pixels - values.count();
-                values.append(nans.data(), std::min(missing, static_cast<long>(nans.size())));
-            }
-            record.doubles(values.data(), static_cast<std::size_t>(pixels));
+void CoefficientTable::writeVectors(record::Writer& record, std::int16_t pixels) const {
+    for (std::size_t kind = 0; kind < record::kindCount; ++kind) {
+        for (const auto& detector : lists_) {
+            const Values& values = detector[kind];
+            const std::span<const double> span(values.data(),
+                                               static_cast<std::size_t>(values.count()));
+            record.vector(span, pixels);
         }
     }
 }

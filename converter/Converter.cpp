@@ -2,42 +2,42 @@
 
 #include "base/FileUtils.h"
 #include "converter/DataSection.h"
+#include "converter/VORN.h"
+#include "markup/Markup.h"
 
-int Converter::run(int fileCount, const char* const* paths) {
-    for (int i = 0; i < fileCount; ++i) {
-        if (!convertFile(fileCount, paths[i])) {
+int Converter::run(std::span<const char* const> paths) {
+    for (const char* const path : paths) {
+        messages_.setFile(path);
+        if (!convertFile(path, static_cast<int>(paths.size()))) {
             return stopped;
         }
     }
     return 0;
 }
 
-bool Converter::convertFile(int fileCount, const char* path) {
+bool Converter::convertFile(const char* path, int fileCount) {
     MarkupDocument document;
-    header_.init(path, fileCount, document, fileType_);
-    const DataSection data(document);
-    if (!checkNucTable(data.nucTableId(), path)) {
+    VORN(record_, messages_).init(path, fileCount, document, fileType_);
+    DataSection data(document, record_, messages_);
+    data.readFields();
+    if (!checkNucTable(data.nucTableId())) {
         return false;
     }
-    record_.raw(data.bandId());  // 9
-    const vek::String name = vek::FileUtils::baseName(path, false);
-    record_.setFill('0');
-    record_.number(static_cast<std::size_t>(name.length()));  // 10
-    record_.text(name.view());                                // 11
-    return data.convert(record_, diagnostics_, table_);
+    record_.file(data.bandId(), vek::FileUtils::baseName(path, false).view());  // 9 to 11
+    return data.convertConfigurations(table_);
 }
 
 /// Compares a file's NUC table identifier with the first file's. "None known" is encoded as a
 /// negative value, so after an identifier with bit 15 set the next file counts as the first again:
 /// its identifier is written as well and nothing is compared. Consumers rely on it.
-bool Converter::checkNucTable(std::int16_t id, const char* path) {
+bool Converter::checkNucTable(std::int16_t id) {
     if (nucTableId_ < 0) {
         nucTableId_ = id;
-        record_.raw(id);  // 8
+        record_.nucTableId(id);  // 8
         return true;
     }
     if (id != nucTableId_) {
-        diagnostics_.say("NUC table mismatch (", id, ") in file ", path, "\n");
+        messages_.nucTableMismatch(id);
         return false;
     }
     return true;

@@ -7,42 +7,41 @@
 
 namespace {
 
-const PathPos coefficientsList = PathPos::parsed("COEFFICIENTS_LIST");
-
-/// Enters the section, and hands the document on to the reading of its first field.
-MarkupDocument& entered(MarkupDocument& document) {
-    document.FindElem("DATA");
-    document.IntoElem();
-    return document;
-}
+constexpr const char* configurationName = "COEFFICIENTS_LIST";
 
 }  // namespace
 
 // Elements are found forward only, and whether they are there is not asked: a missing one reads as
 // 0, and the moves that follow are made all the same. That some damaged files then read as other
 // parts of themselves is required.
-DataSection::DataSection(MarkupDocument& document)
-    : document_(entered(document)),
-      bandId_(static_cast<std::uint8_t>(toInteger(findElementText(document, "BAND_ID")))),
-      epsilon_(std::strtod(findElementText(document, "EPSILON").c_str(), nullptr)),
-      nucTableId_(static_cast<std::int16_t>(toInteger(findElementText(document, "NUC_TABLE_ID")))) {
+void DataSection::readFields() {
+    document_.FindElem("DATA");
+    document_.IntoElem();
+    bandId_ = static_cast<std::uint8_t>(toInteger(findElementText(document_, "BAND_ID")));
+    epsilon_ = std::strtod(findElementText(document_, "EPSILON").c_str(), nullptr);
+    nucTableId_ = static_cast<std::int16_t>(toInteger(findElementText(document_, "NUC_TABLE_ID")));
 }
 
-bool DataSection::convert(RecordWriter& record, Diagnostics& diagnostics,
-                          CoefficientTable& table) const {
-    std::uint8_t count = 0;  // modulo 256, as the record's field
-    document_.SavePos("");
-    while (document_.FindElem(coefficientsList)) {
-        ++count;
-    }
-    document_.RestorePos("");
-    diagnostics.say("num_tdi_configs=", count, "\n");
-    record.raw(count);  // 12
-    while (document_.FindElem(coefficientsList)) {
-        TdiConfiguration configuration(document_, record, diagnostics, table);
+bool DataSection::convertConfigurations(CoefficientTable& table) {
+    const std::uint8_t count = countConfigurations();
+    messages_.configurations(count);
+    record_.configurationCount(count);  // 12
+    while (document_.FindElem(configurationName)) {
+        TdiConfiguration configuration(document_, record_, messages_, table);
         if (!configuration.convert(bandId_, epsilon_)) {
             return false;
         }
     }
     return true;
+}
+
+/// The configurations from the current element on, modulo 256 as the record's field.
+std::uint8_t DataSection::countConfigurations() {
+    std::uint8_t count = 0;
+    document_.SavePos("");
+    while (document_.FindElem(configurationName)) {
+        ++count;
+    }
+    document_.RestorePos("");
+    return count;
 }

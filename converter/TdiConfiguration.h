@@ -4,9 +4,9 @@
 #include <string>
 
 #include "converter/CoefficientTable.h"
-#include "converter/Diagnostics.h"
-#include "converter/RecordWriter.h"
+#include "converter/Messages.h"
 #include "markup/Markup.h"
+#include "record/Writer.h"
 
 /// One time-delay-integration configuration of a file: reads a `COEFFICIENTS_LIST` element and
 /// writes its block of the record, fields 13 to 17.
@@ -15,9 +15,9 @@ class TdiConfiguration {
     /// Starts at the document's current element, a `COEFFICIENTS_LIST`. Nothing is owned; all must
     /// outlive the object. `table` is emptied first: it is the caller's so that its memory serves
     /// all configurations.
-    TdiConfiguration(MarkupDocument& document, RecordWriter& record, Diagnostics& diagnostics,
+    TdiConfiguration(MarkupDocument& document, record::Writer& record, Messages& messages,
                      CoefficientTable& table)
-        : document_(document), record_(record), diagnostics_(diagnostics), table_(table) {
+        : document_(document), record_(record), messages_(messages), table_(table) {
         table_.clear();
     }
 
@@ -34,11 +34,12 @@ class TdiConfiguration {
     };
 
     bool readDetector(std::uint8_t bandId);
+    bool readVectors(std::uint8_t bandId, const Detector& detector);
     bool readVector(std::uint8_t bandId, const Detector& detector, int kind);
 
     MarkupDocument& document_;
-    RecordWriter& record_;
-    Diagnostics& diagnostics_;
+    record::Writer& record_;
+    Messages& messages_;
     CoefficientTable& table_;
     std::string dataStorage_;     ///< of vector texts that do not stand in the document as they are
     std::int16_t maxPixels_ = 0;  ///< the largest pixel count of a detector, never negative

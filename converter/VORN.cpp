@@ -30,39 +30,38 @@ void VORN::init(const char* path, int fileCount, MarkupDocument& document, std::
     document.FindElem();
     const std::string name = document.GetTagName();
     document.IntoElem();
-    if (!fileType.empty()) {
-        if (name != fileType) {
-            diagnostics_.say("file type table mismatch (", name, ") in file ", path, "\n");
-        }
-        return;
+    if (fileType.empty()) {
+        fileType = name;
+        writePrologue(fileCount, document, fileType.substr(4));
+    } else if (name != fileType) {
+        messages_.fileTypeMismatch(name);
     }
-    fileType = name;
-    const std::string kind = fileType.substr(4);
+}
 
-    record_.text("ZEDA");                 // 1
-    record_.number(fileType.size() + 1);  // 2
-    record_.text("VORN/");                // 3
-    record_.text(kind);                   // 3
+/// Elements are found forward only, and whether they are there is not asked: the moves that follow
+/// are made all the same, and the prologue always has its three dates.
+void VORN::writePrologue(int fileCount, MarkupDocument& document, std::string_view type) {
+    record_.begin(type);  // 1 to 3
     vek::JulianDate date;
     document.FindElem("HEADER");
     document.IntoElem();
-    writeDate(document, date, "PRODUCTION_DATE", "creation time is invalid: ");  // 4
+    writeDate(document, date, "PRODUCTION_DATE", &Messages::creationTimeInvalid);  // 4
     document.OutOfElem();
     document.FindElem("SPECIFIC_HEADER");
     document.IntoElem();
-    writeDate(document, date, "APPLICABILITY_DATE", "application start time is invalid: ");     // 5
-    writeDate(document, date, "APPLICABILITY_END_DATE", "application stop time is invalid: ");  // 6
+    writeDate(document, date, "APPLICABILITY_DATE", &Messages::startTimeInvalid);     // 5
+    writeDate(document, date, "APPLICABILITY_END_DATE", &Messages::stopTimeInvalid);  // 6
     document.OutOfElem();
-    record_.number(static_cast<std::size_t>(fileCount));  // 7
+    record_.fileCount(static_cast<std::size_t>(fileCount));  // 7
 }
 
-/// Writes the date in `element`. Text that is no date is reported, without a line end (required),
-/// and leaves what `date` held before: the prologue always has its three dates.
+/// Writes the date in `element`. Text that is no date is reported and leaves what `date` held
+/// before.
 void VORN::writeDate(MarkupDocument& document, vek::JulianDate& date, const char* element,
-                     const char* complaint) {
+                     Complaint complaint) {
     const std::string text = findElementText(document, element);
     if (!date.init(text.c_str())) {
-        diagnostics_.say(complaint, text);
+        (messages_.*complaint)(text);
     }
-    record_.text(date.strIso(0, false).view());
+    record_.date(date.strIso(0, false).view());
 }

@@ -3,17 +3,16 @@
 #include <string>
 
 #include "base/JulianDate.h"
-#include "converter/Diagnostics.h"
-#include "converter/RecordWriter.h"
+#include "converter/Messages.h"
 #include "markup/Markup.h"
+#include "record/Writer.h"
 
 /// Reads the header of parameter files. For the first file of a run it writes the prologue of the
 /// record, fields 1 to 7; later files are only compared with the first.
 class VORN {
   public:
-    /// Both are not owned and must outlive the reader.
-    VORN(RecordWriter& record, Diagnostics& diagnostics)
-        : record_(record), diagnostics_(diagnostics) {}
+    /// Nothing is owned; both must outlive the reader.
+    VORN(record::Writer& record, Messages& messages) : record_(record), messages_(messages) {}
 
     /// Loads the file at `path` into `document` and leaves it inside the root element.
     ///
@@ -28,9 +27,12 @@ class VORN {
     void init(const char* path, int fileCount, MarkupDocument& document, std::string& fileType);
 
   private:
-    void writeDate(MarkupDocument& document, vek::JulianDate& date, const char* element,
-                   const char* complaint);
+    using Complaint = void (Messages::*)(std::string_view);
 
-    RecordWriter& record_;
-    Diagnostics& diagnostics_;
+    void writePrologue(int fileCount, MarkupDocument& document, std::string_view type);
+    void writeDate(MarkupDocument& document, vek::JulianDate& date, const char* element,
+                   Complaint complaint);
+
+    record::Writer& record_;
+    Messages& messages_;
 };

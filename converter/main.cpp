@@ -1,41 +1,56 @@
+#include <malloc.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
+#include <cstring>
 #include <new>
-#include <string_view>
+#include <span>
 
 #include "base/Exception.h"
 #include "converter/Converter.h"
-#include "converter/Diagnostics.h"
-#include "converter/HeapTuning.h"
-#include "converter/RecordWriter.h"
+#include "converter/Messages.h"
+#include "converter/Output.h"
 
 namespace {
 
-/// What is said when memory runs out: too short to need any.
-constexpr std::string_view outOfMemory = "out of memory\n";
+using Paths = std::span<const char* const>;
+
+/// Makes malloc keep the memory that a file or a configuration gives back for the next one: to
+/// have the system clear it anew costs more than what is then done with it.
+void keepFreedMemory() {
+    ::mallopt(M_MMAP_THRESHOLD, 32 << 20);  // the largest that malloc accepts
+    ::mallopt(M_TRIM_THRESHOLD, -1);
+}
+
+std::size_t longestOf(Paths paths) {
+    std::size_t longest = 0;
+    for (const char* const path : paths) {
+        longest = std::max(longest, std::strlen(path));
+    }
+    return longest;
+}
 
 /// Runs the converter. Running out of memory stops the run like an inconsistency; any other
-/// exception is a fault that ends the process.
-int convert(int fileCount, const char* const* paths, RecordWriter& record,
-            Diagnostics& diagnostics) {
+/// exception but that of the output is a fault that ends the process.
+int convert(Paths paths, Output& output, Messages& messages) {
     try {
-        return Converter(record, diagnostics).run(fileCount, paths);
+        return Converter(output, messages).run(paths);
     } catch (const std::bad_alloc&) {
-        diagnostics.say(outOfMemory);
+        messages.outOfMemory();
         return Converter::stopped;
     }
 }
 
-/// Converts to standard output and returns the exit status.
-int run(int fileCount, const char* const* paths, Diagnostics& diagnostics) {
+/// Converts to the output and returns the exit status.
+int run(Paths paths, Output& output) {
+    Messages messages(output, longestOf(paths));
     try {
-        RecordWriter record(STDOUT_FILENO);
-        const int status = convert(fileCount, paths, record, diagnostics);
-        record.flush();
+        const int status = convert(paths, output, messages);
+        output.flush();
         return status;
     } catch (const vek::StdError& error) {
-        diagnostics.say("cannot write the record: ", error.title(), "\n");
+        messages.cannotWrite(error.title());
         return Converter::stopped;
     }
 }
@@ -47,12 +62,13 @@ int main(int argc, char** argv) {
     // A closed pipe and a file that grows too large are to be reported as failed writes.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
-    heap::keepFreedMemory();
-    Diagnostics diagnostics(STDERR_FILENO);
+    keepFreedMemory();
+    Output output(STDOUT_FILENO, STDERR_FILENO);
     try {
-        return run(argc - 1, argv + 1, diagnostics);
-    } catch (const std::bad_alloc&) {  // nor is there any to tell that writing failed
-        diagnostics.say(outOfMemory);
+        const auto count = static_cast<std::size_t>(std::max(argc - 1, 0));
+        return run(Paths(argv + 1, count), output);
+    } catch (const std::bad_alloc&) {  // none for a message, nor to tell that writing failed
+        output.say("out of memory\n");
         return Converter::stopped;
     }
 }

@@ -88,11 +88,9 @@ def save():
 
 
 def convert():
-    for sample in samples():
-        yield b"\1" + sample
-    yield bytes(1)
-    for step in range(1, 6):
-        yield b"\0" + bytes(i * step % 251 for i in range(200 * step))
+    all_samples = list(samples())
+    yield from all_samples
+    yield b"\xff".join(all_samples * 2)
 
 
 def escape():

@@ -8,7 +8,7 @@ import errno, os, pathlib, struct, subprocess, sys, tempfile
 
 MB, ALL = 1 << 20, 1 << 40
 REPORT = "4l"  # calls, blocks and descriptors left, whether the run has ended by itself
-ABORTED, STOPPED, OUT_OF_MEMORY = -6, 255, b"out of memory\n"
+ABORTED, STOPPED, OUT_OF_MEMORY = -6, 255, b"out of memory"
 SAMPLE = (pathlib.Path(__file__).resolve().parents[2] / "samples/EQ_B4.xml").read_text()
 START = SAMPLE.partition("<COEFFICIENTS_LIST")[0].encode()
 # The label is more than a pipe holds at once, and has to be converted.
@@ -56,7 +56,7 @@ LIMITS = [
 
 
 def ran_out(status, messages):
-    return status == STOPPED and messages.endswith(OUT_OF_MEMORY)
+    return status == STOPPED and messages[messages[:-1].rfind(b"\n") + 1:].startswith(OUT_OF_MEMORY)
 
 
 class Run:

@@ -536,6 +536,7 @@ class Converter:
 
     # Each search and each move is made even when the one before it failed.
     def convert_file(self, path):
+        self.path = path
         document = Document(path)
         self.write_header(document, path)
         document.find(b"DATA")
@@ -579,14 +580,14 @@ class Converter:
         document.into()
         pixels = strtol(document.find_data(b"NB_OF_PIXELS"))
         if pixels > 32767:
-            self.fail("NB_OF_PIXELS ", pixels, " of detector ", detector, " is above 32767")
+            self.fail("NB_OF_PIXELS ", pixels, " of detector ", detector, " is above 32767 in file ", self.path)
         pixels = low_bits(pixels, 16)
         document.find(b"ON_BOARD_EQUALIZATION")
         document.into()
         document.find(b"APPLICABILITY_DATE")
         while document.find() and (kind := document.name(document.position[1])) in KINDS:
             if not 1 <= detector <= 12:
-                self.fail("detector ", detector, " is outside 1 to 12")
+                self.fail("detector ", detector, " is outside 1 to 12 in file ", self.path)
             pieces = document.data().split(b" ")
             if pieces[-1] == b"":  # one trailing space, or no text at all, adds nothing
                 pieces.pop()

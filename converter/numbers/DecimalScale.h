@@ -13,20 +13,8 @@ inline constexpr std::array<double, 23> exactPowersOf10{
     1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
     1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-/// Whether w and 10^-q are exact as doubles, so that one division rounds once.
-inline bool isExactQuotient(std::uint64_t w, int q) {
-    return w >> 53 == 0 && static_cast<unsigned>(-q) < exactPowersOf10.size();
-}
-
-/// w * 10^q, rounded to the nearest double. Requires: isExactQuotient(w, q).
-inline double exactQuotient(std::uint64_t w, int q) {
-    return static_cast<double>(static_cast<std::int64_t>(w)) /
-           exactPowersOf10[static_cast<std::size_t>(-q)];
-}
-
-/// The way of large products, which `scale` takes when it has to.
+/// The way of large products.
 namespace product {
-
 // The way from w * 10^q to a double is that of D. Lemire, "Number Parsing at a Gigabyte per Second"
 // (2021): multiply w, shifted up to 64 bits, by the leading 128 bits of 5^q, and round the leading
 // bits of the product. Where the truncated product could round otherwise than the exact one, the
@@ -99,11 +87,11 @@ inline constexpr auto powersOf5 = [] {
 }();
 
 /// floor(log2(10^q)) + 63, for the exponents of the table.
-constexpr int binaryExponent(int q) {
+inline constexpr int binaryExponent(int q) {
     return ((152170 + 65536) * q >> 16) + 63;
 }
 
-/// Rounds the product of 128 bits. Requires: w != 0.
+/// w * 10^q by the product of w and a power of five; as `scale`. Requires: w != 0.
 inline bool scaleByProduct(std::uint64_t w, int q, double& value) {
     if (q < minExponent || q > maxExponent) {
         return false;
@@ -156,13 +144,15 @@ inline bool scaleByProduct(std::uint64_t w, int q, double& value) {
 /// `value` as it was, when the result is subnormal, when q is far from 0 and when the product of
 /// 128 bits does not tell where to round.
 inline bool scale(std::uint64_t w, int q, double& value) {
-    if (isExactQuotient(w, q)) {
-        value = exactQuotient(w, q);
+    constexpr int most = static_cast<int>(exactPowersOf10.size()) - 1;
+    const bool isExact = w >> 53 == 0 && q >= -most && q <= most;
+    if (isExact && q <= 0) {
+        // Both numbers are exact as doubles, so that one operation rounds once.
+        value = static_cast<double>(static_cast<std::int64_t>(w)) /
+                exactPowersOf10[static_cast<std::size_t>(-q)];
         return true;
     }
-    constexpr int most = static_cast<int>(exactPowersOf10.size()) - 1;
-    if (w == 0 || (w >> 53 == 0 && q > 0 && q <= most)) {
-        // Again exact, and one operation; of 0 any.
+    if (isExact || w == 0) {
         value = static_cast<double>(w) * exactPowersOf10[w == 0 ? 0 : static_cast<std::size_t>(q)];
         return true;
     }

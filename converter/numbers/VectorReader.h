@@ -13,23 +13,19 @@ class VectorReader {
     static constexpr std::size_t batchSize = 4096;
     using Batch = std::array<double, batchSize>;
 
-    /// `around` is the memory that holds the text and may be looked at: the more of it lies before
-    /// and behind the text the more numbers are read the fast way. Neither is owned, and both must
-    /// outlive the reader.
-    VectorReader(std::string_view text, std::string_view around)
-        : readable_(around.data()),
-          readableEnd_(around.data() + around.size()),
-          piece_(text.data()),
-          end_(text.data() + text.size()) {}
+    /// The text is not owned and must outlive the reader.
+    explicit VectorReader(std::string_view text)
+        : begin_(text.data()), piece_(begin_), end_(begin_ + text.size()) {}
 
     /// Reads the next numbers into `batch` and returns how many; 0 at the end.
     std::size_t read(Batch& batch);
 
   private:
-    std::size_t readBlocks(Batch& batch, std::size_t count);
+    std::size_t readInside(Batch& batch, std::size_t count);
+    std::size_t readEdge(Batch& batch, std::size_t count);
+    double readLong();
 
-    const char* readable_;
-    const char* readableEnd_;
+    const char* begin_;
     const char* piece_;  ///< start of the next piece
     const char* end_;
 };

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "converter/DecimalScale.h"
+#include "converter/numbers/DecimalScale.h"
 
 /// Reads the numbers that files are full of, many times faster than digit by digit and to the same
 /// bits: an optional "-", up to 19 digits with at most one point among or around them, and an
@@ -20,12 +20,15 @@
 /// branched on.
 namespace decimal {
 
+/// Bytes in which spaces are sought together.
+inline constexpr std::ptrdiff_t blockSize = 64;
+
 #ifdef __x86_64__
 
 /// How many bytes before the end of a number, and behind its start, have to be readable.
-inline constexpr std::ptrdiff_t usualMargin = 21;
+inline constexpr std::ptrdiff_t margin = 21;
 /// The longest number: a sign, all digits, the point and an exponent.
-inline constexpr std::ptrdiff_t longestUsual = 1 + 19 + 1 + 4;
+inline constexpr std::ptrdiff_t longest = 1 + 19 + 1 + 4;
 
 /// A word of the text, its first byte lowest.
 inline std::uint32_t wordAt(const char* text) {
@@ -36,6 +39,16 @@ inline std::uint32_t wordAt(const char* text) {
 
 inline __m128i registerAt(const void* bytes) {
     return _mm_loadu_si128(static_cast<const __m128i*>(bytes));
+}
+
+/// The spaces among the bytes of a block, the first byte's bit lowest.
+inline std::uint64_t spacesIn(const char* block) {
+    const auto spaces = [block](int offset) {
+        const __m128i bytes = registerAt(block + offset);
+        const int found = _mm_movemask_epi8(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(' ')));
+        return std::uint64_t{static_cast<unsigned>(found)} << offset;
+    };
+    return spaces(0) | spaces(16) | spaces(32) | spaces(48);
 }
 
 /// Cuts an exponent off the end of a number and returns its value; 0 when there is none, and then
@@ -114,9 +127,9 @@ inline bool addFirstDigits(const char* text, unsigned before, unsigned count, st
 }
 
 /// Reads the number that is the whole text from `text` to `end`; false when it is not of the
-/// usual form; `value` means nothing then. Requires: text <= end, and `usualMargin` bytes before
+/// usual form; `value` means nothing then. Requires: text <= end, and `margin` bytes before
 /// `end` and behind `text` that may be read, whatever they are.
-inline bool readUsual(const char* text, const char* end, double& value) {
+inline bool read(const char* text, const char* end, double& value) {
     const bool isNegative = *text == '-';
     text += isNegative ? 1 : 0;
     const int exponent = cutExponent(end);
@@ -138,13 +151,8 @@ inline bool readUsual(const char* text, const char* end, double& value) {
     if (!areDigits(digits) || (count - 1 >= 16 && !addFirstDigits(text, before, count, w))) {
         return false;
     }
-    const int q = exponent - static_cast<int>(behind);
     double magnitude = 0;
-    if (isExactQuotient(w, q)) {
-        magnitude = exactQuotient(w, q);
-    } else if (scale(w, q, value)) {
-        magnitude = value;
-    } else {
+    if (!scale(w, exponent - static_cast<int>(behind), magnitude)) {
         return false;
     }
     value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) |
@@ -154,10 +162,18 @@ inline bool readUsual(const char* text, const char* end, double& value) {
 
 #else
 
-inline constexpr std::ptrdiff_t usualMargin = 0;
-inline constexpr std::ptrdiff_t longestUsual = 0;
+inline constexpr std::ptrdiff_t margin = 0;
+inline constexpr std::ptrdiff_t longest = 0;
 
-inline bool readUsual(const char*, const char*, double&) {
+inline std::uint64_t spacesIn(const char* block) {
+    std::uint64_t spaces = 0;
+    for (std::ptrdiff_t i = 0; i < blockSize; ++i) {
+        spaces |= std::uint64_t{block[i] == ' '} << i;
+    }
+    return spaces;
+}
+
+inline bool read(const char*, const char*, double&) {
     return false;
 }
 

@@ -1,0 +1,88 @@
+#include "converter/Messages.h"
+
+#include <array>
+#include <charconv>
+#include <concepts>
+#include <limits>
+
+#include "record/Layout.h"
+
+namespace {
+
+constexpr std::string_view inFile = " in file ";
+constexpr std::string_view noMemory = "out of memory";
+
+void append(std::string& line, std::string_view text) {
+    line += text;
+}
+
+template <std::integral Number>
+void append(std::string& line, Number number) {
+    std::array<char, std::numeric_limits<Number>::digits10 + 2> digits;
+    line.append(digits.data(),
+                std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
+}
+
+}  // namespace
+
+Messages::Messages(Output& output, std::size_t longestPath) : output_(output) {
+    line_.reserve(noMemory.size() + inFile.size() + longestPath + 1);
+}
+
+/// Says the parts, texts and decimal integers, one after another.
+template <class... Parts>
+void Messages::say(const Parts&... parts) {
+    line_.clear();
+    (append(line_, parts), ...);
+    output_.say(line_);
+}
+
+void Messages::configurations(std::uint8_t count) {
+    say("num_tdi_configs=", count, "\n");
+}
+
+void Messages::vector(std::uint8_t band, int detector, std::int16_t pixels, std::string_view name) {
+    say(band, "-", detector, ":", pixels, " ", name, " values\n");
+}
+
+void Messages::fileTypeMismatch(std::string_view name) {
+    say("file type table mismatch (", name, ")", inFile, path_, "\n");
+}
+
+void Messages::creationTimeInvalid(std::string_view text) {
+    say("creation time is invalid: ", text);
+}
+
+void Messages::startTimeInvalid(std::string_view text) {
+    say("application start time is invalid: ", text);
+}
+
+void Messages::stopTimeInvalid(std::string_view text) {
+    say("application stop time is invalid: ", text);
+}
+
+void Messages::nucTableMismatch(std::int16_t id) {
+    say("NUC table mismatch (", id, ")", inFile, path_, "\n");
+}
+
+void Messages::vectorLength(long count, std::string_view name, std::int16_t pixels, int detector) {
+    say("Found ", count, " ", name, " pixels instead of ", pixels, " for detector ", detector,
+        "\n");
+}
+
+void Messages::detectorOutside(int detector) {
+    say("detector ", detector, " is outside 1 to ", record::detectorCount, inFile, path_, "\n");
+}
+
+void Messages::pixelsOutside(long pixels, int detector) {
+    say("NB_OF_PIXELS ", pixels, " of detector ", detector, " is above ",
+        std::numeric_limits<std::int16_t>::max(), inFile, path_, "\n");
+}
+
+void Messages::cannotWrite(std::string_view reason) {
+    say("cannot write the record: ", reason, "\n");
+}
+
+void Messages::outOfMemory() {
+    say(noMemory, inFile, path_, "\n");
+}
