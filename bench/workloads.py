@@ -20,6 +20,9 @@ FORMATS = [*make_samples.FORMATS, "mix"]
 FINE_BAND, DETECTORS = 4, make_samples.MOST_DETECTORS
 # Pixels that make a file of 20 KB in each format.
 PIXELS_OF_20_KB = {"short": 38, "sci9": 19, "full17": 18, "mix": 23}
+# Configurations and pixels of the 13 files of a set in the sizes that sets have: 1.7 to 30 MB.
+REAL_SIZES = ((4, 648), (8, 1944), (10, 2592), (12, 3744), (5, 1296), (6, 1296), (7, 1296), (8, 2592),
+              (9, 1944), (10, 1944), (8, 1296), (6, 2592), (7, 2592))
 VARIETY = 8  # different configurations in a file of repeated ones
 
 
@@ -69,6 +72,12 @@ def set13(form):
         yield f"EQ_{name}.xml", whole(single(band_id, configs=2, format=form))
 
 
+def real13(form):
+    bands = zip(REAL_SIZES, make_samples.BANDS)
+    for band_id, ((configs, pixels), (name, _, _)) in enumerate(bands, start=1):
+        yield f"EQ_{name}.xml", whole(single(band_id, configs=configs, pixels=pixels, format=form))
+
+
 def many(form):
     for index in range(2000):
         yield f"EQ_{index:04}.xml", whole(single(
@@ -88,7 +97,7 @@ def big30(form):
     yield "EQ_B04.xml", repeated(30_000_000, form)
 
 
-WORKLOADS = {make.__name__: make for make in (tiny, band, set13, many, manyelem, big, big30)}
+WORKLOADS = {make.__name__: make for make in (tiny, band, set13, real13, many, manyelem, big, big30)}
 
 
 def elements(path):
