@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "base/Exception.h"
 
@@ -36,22 +37,25 @@ int writeAll(int descriptor, std::string_view bytes) {
 }  // namespace
 
 void Output::write(std::string_view bytes) {
-    while (!bytes.empty()) {
-        if (used_ == buffer_.size()) {
-            flush();
-        }
-        const std::size_t count = std::min(bytes.size(), buffer_.size() - used_);
-        std::copy_n(bytes.data(), count, buffer_.data() + used_);
-        used_ += count;
-        bytes.remove_prefix(count);
+    if (bytes.size() >= buffer_.size() / 4) {  // not worth a copy
+        flush();
+        writeRecord(bytes);
+        return;
     }
+    if (bytes.size() > buffer_.size() - used_) {
+        flush();
+    }
+    std::copy(bytes.begin(), bytes.end(), buffer_.data() + used_);
+    used_ += bytes.size();
 }
 
 void Output::flush() {
-    const std::string_view buffered(buffer_.data(), used_);
     // Emptied first: what could not be written once is not tried again.
-    used_ = 0;
-    if (const int error = writeAll(record_, buffered); error != 0) {
+    writeRecord({buffer_.data(), std::exchange(used_, 0)});
+}
+
+void Output::writeRecord(std::string_view bytes) const {
+    if (const int error = writeAll(record_, bytes); error != 0) {
         throw vek::StdError("cannot write the record", error);
     }
 }

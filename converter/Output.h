@@ -30,6 +30,8 @@ class Output : public record::Sink {
     void say(std::string_view message);
 
   private:
+    void writeRecord(std::string_view bytes) const;
+
     int record_;
     int messages_;
     std::size_t used_ = 0;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 /// Reads the numbers of a vector: the text is cut at each single space and each piece converted as
@@ -21,9 +22,8 @@ class VectorReader {
     std::size_t read(Batch& batch);
 
   private:
-    std::size_t readInside(Batch& batch, std::size_t count);
-    std::size_t readEdge(Batch& batch, std::size_t count);
-    double readLong();
+    std::size_t readEdge(std::span<double> values);
+    std::size_t readLong(std::span<double> values);
 
     const char* begin_;
     const char* piece_;  ///< start of the next piece
