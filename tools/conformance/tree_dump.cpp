@@ -1,4 +1,4 @@
-// Loads an XML file and writes what navigation finds in it, for run.py to compare:
+// Loads an XML file and writes what navigation finds in it, for compare_trees.py to compare:
 //
 //     tree_dump FILE
 //
