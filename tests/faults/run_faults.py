@@ -70,7 +70,7 @@ class Run:
     def disturbed(self, fault):
         pathlib.Path("report").write_bytes(bytes(struct.calcsize(REPORT)))
         pathlib.Path("out").write_bytes(b"")
-        done = subprocess.run(self.command, input=FILES["d/4"], timeout=20, stderr=subprocess.PIPE,
+        done = subprocess.run(self.command, input=FILES["d/4"], timeout=300, stderr=subprocess.PIPE,
                               stdout=open(self.stdout, "wb") if self.stdout else subprocess.PIPE,
                               env={**self.environment, "FAULT": fault})
         calls, *left, ended = struct.unpack(REPORT, pathlib.Path("report").read_bytes())
@@ -108,7 +108,7 @@ class Run:
 def limited(program, limit, *paths):
     limit = limit if limit == "unlimited" else str(limit // 1024)
     done = subprocess.run(["sh", "-c", 'ulimit -v $0 && exec "$@"', limit, program, *paths],
-                          capture_output=True, timeout=60)
+                          capture_output=True, timeout=600)
     return done.returncode, done.stderr, done.stdout
 
 

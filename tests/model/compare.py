@@ -28,7 +28,7 @@ def check(index, program, seed):
         os.chdir(folder)
         try:
             wanted = eqmodel.run(arguments)
-            done = subprocess.run([program, *arguments], capture_output=True, timeout=60)
+            done = subprocess.run([program, *arguments], capture_output=True, timeout=600)
             got = done.stdout, done.stderr, done.returncode
         except subprocess.TimeoutExpired as late:
             got = late.stdout or b"", late.stderr or b"", "timeout"

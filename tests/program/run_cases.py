@@ -10,6 +10,7 @@ A case begins with "== case TITLE"; its other parts also begin with a "==" line:
     == args NAME...           the arguments, separated by spaces
     == stdin                  what standard input, a pipe, holds
     == stdout full|closed|pipe  where the record goes instead of being compared
+    == stderr full|closed|pipe  where the messages go instead of being compared
     == status N               the exit status; -6 for an abort; 0 when the part is missing
     == messages               what standard error must hold
     == record                 what standard output must hold, piece by piece: "text WORDS",
@@ -58,22 +59,26 @@ def write_files(case, bases):
         pathlib.Path(name).write_text(text)
 
 
+# Runs the command with its streams open, full, closed, or a pipe that nobody reads.
 def run(program, case):
-    command = [program, *case["args"].split()]
-    where = case.get("stdout")
-    if where == "full":
-        with open("/dev/full", "wb") as full:
-            result = subprocess.run(command, stdout=full, stderr=subprocess.PIPE)
-    elif where == "closed":
-        result = subprocess.run(["/bin/sh", "-c", 'exec "$0" "$@" >&-', *command],
-                                stderr=subprocess.PIPE)
-    elif where == "pipe":
-        reader, writer = os.pipe()
-        os.close(reader)
-        result = subprocess.run(command, stdout=writer, stderr=subprocess.PIPE)
-        os.close(writer)
-    else:
-        result = subprocess.run(command, capture_output=True, input=case.get("stdin", "").encode())
+    streams = {"stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
+    closing, opened = "", []
+    for number, (stream, _) in enumerate(list(streams.items()), start=1):
+        where = case.get(stream)
+        if where == "closed":
+            closing += f" {number}>&-"
+        elif where == "pipe":
+            reader, writer = os.pipe()
+            os.close(reader)
+            opened.append(writer)
+        elif where == "full":
+            opened.append(os.open("/dev/full", os.O_WRONLY))
+        if where in ("pipe", "full"):
+            streams[stream] = opened[-1]
+    result = subprocess.run(["/bin/sh", "-c", f'exec "$0" "$@"{closing}', program, *case["args"].split()],
+                            input=case.get("stdin", "").encode(), **streams)
+    for descriptor in opened:
+        os.close(descriptor)
     return result
 
 
@@ -82,7 +87,7 @@ def failures(program, case):
     pieces = [line.partition(" ") for line in case.get("record", "").splitlines() if line]
     wanted = {"status": int(case["status"]), "messages": case.get("messages", "").encode(),
               "record": b"".join(PIECES[kind](rest) for kind, _, rest in pieces)}
-    got = {"status": result.returncode, "messages": result.stderr,
+    got = {"status": result.returncode, "messages": b"" if "stderr" in case else result.stderr,
            "record": b"" if "stdout" in case else result.stdout}
     return [f"{case['case']}: {part} is {got[part]!r}, not {wanted[part]!r}"
             for part in wanted if got[part] != wanted[part]]
