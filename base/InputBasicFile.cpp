@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <limits>
 
 #include "base/Exception.h"
 #include "base/FileUtils.h"
@@ -15,14 +14,6 @@ namespace {
 const char* const stdinName = "(stdin)";
 
 }  // namespace
-
-long addOffsets(long a, long b) {
-    long sum;
-    if (__builtin_add_overflow(a, b, &sum)) {
-        return b < 0 ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
-    }
-    return sum;
-}
 
 InputBasicFile::InputBasicFile(const char* name, ByteOrder order) : InputStream(name, order) {
     if (name == nullptr) {

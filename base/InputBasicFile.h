@@ -46,7 +46,4 @@ class InputBasicFile : public InputStream {
     std::int64_t offset_ = 0;
 };
 
-/// The sum of two offsets, limited to the range of an offset.
-long addOffsets(long a, long b);
-
 }  // namespace vek

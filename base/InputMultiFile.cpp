@@ -8,7 +8,6 @@
 
 #include "base/Exception.h"
 #include "base/FileUtils.h"
-#include "base/InputBasicFile.h"
 #include "base/InputServer.h"
 #include "base/InputStreamStl.h"
 
