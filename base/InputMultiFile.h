@@ -15,9 +15,9 @@ class InputMultiFile : public InputStream {
     /// folder: write "./*.raw".)
     InputMultiFile(const char* name, ByteOrder order);
 
-    /// Opens the members, each through the input server with `driver` and `options` (null: its
-    /// defaults). Returns false when a driver refuses; the stream is of no use then. Throws
-    /// StdError 2 when nothing matches, and as the members do.
+    /// Opens the members, each through the input server with `driver` and `options` (null
+    /// or "": its defaults). Returns false when a driver refuses; the stream is of no use then.
+    /// Throws StdError 2 when nothing matches, and as the members do.
     bool open(const char* driver, const char* options);
 
     /// The member that holds `offset`, null without members; as in name(). Owned by the stream.

@@ -1,113 +1,24 @@
 #include "base/InputServer.h"
 
-#include <cerrno>
-#include <cstdlib>
 #include <memory>
 
-#include "base/Exception.h"
 #include "base/FileUtils.h"
-#include "base/InputBStream.h"
-#include "base/InputBasicFile.h"
-#include "base/InputMultiFile.h"
-#include "base/InputStreamStl.h"
 
 namespace vek {
 
 namespace {
 
-using ByteOrder = InputStream::ByteOrder;
-
 const char* const fallbackDriver = "buffer";
 /// Of the driver that is given every pattern.
 constexpr long patternDriver = 0;
-
-/// The text up to the first ":" of what a name says of its driver, and what follows it, null for
-/// nothing.
-struct DriverSpec {
-    String driver;
-    String options;
-
-    explicit DriverSpec(const String& text)
-        : driver(text.word(0, ':')), options(text.words(1, -1, ':')) {
-        if (options.length() == 0) {
-            options.setNull();
-        }
-    }
-};
 
 const char* textOrNull(const String& text) {
     return text.isNull() ? nullptr : text.c_str();
 }
 
-String copyOf(const char* text) {
-    return text == nullptr ? String() : String(text);
-}
-
-template <class Stream>
-InputStream* getFile(const char* name, ByteOrder order, const char* options) {
-    if (options != nullptr) {
-        return nullptr;
-    }
-    if (name == nullptr) {
-        return new Stream(name, order);
-    }
-    return new Stream(FileUtils::pathNameCheck(name, nullptr).c_str(), order);
-}
-
-/// Bytes of a window of |N| kilobytes; more than there can be when N is too large a number.
-unsigned long windowSize(const String& options) {
-    const char* digits = options.c_str();
-    digits += *digits == '+' || *digits == '-' ? 1 : 0;
-    unsigned long size = 0;
-    errno = 0;
-    if (__builtin_mul_overflow(std::strtoul(digits, nullptr, 10), 1024UL, &size) || errno != 0) {
-        return ~0UL;
-    }
-    return size;
-}
-
-template <>
-InputStream* getFile<InputBStream>(const char* name, ByteOrder order, const char* options) {
-    const String number = copyOf(options);
-    if (options != nullptr && !number.isInteger()) {
-        return nullptr;
-    }
-    const unsigned long size = options == nullptr ? 0 : windowSize(number);
-    const bool wholeFile = size == 0 || number[0] == '-';
-    auto stream = std::make_unique<InputBStream>(name, order);
-    stream->initFile(size, wholeFile);
-    return stream.release();
-}
-
-template <>
-InputStream* getFile<InputMultiFile>(const char* name, ByteOrder order, const char* options) {
-    const DriverSpec members{copyOf(options)};
-    auto stream = std::make_unique<InputMultiFile>(name, order);
-    if (!stream->open(textOrNull(members.driver), textOrNull(members.options))) {
-        return nullptr;
-    }
-    return stream.release();
-}
-
 }  // namespace
 
-InputServer* InputServer::input_srv = nullptr;
-
-InputServer* InputServer::getInstance() {
-    if (input_srv == nullptr) {
-        input_srv = new InputServer;
-    }
-    return input_srv;
-}
-
-InputServer::InputServer() : defaultDriver_(fallbackDriver) {
-    addDriver("multi", vek::getFile<InputMultiFile>, "buffer:2");  // stays the first
-    addDriver("basic", vek::getFile<InputBasicFile>, nullptr);
-    addDriver("fstream", vek::getFile<InputFStream>, nullptr);
-    addDriver("memory", vek::getFile<InputBStream>, nullptr);
-    addDriver("buffer", vek::getFile<InputBStream>, "2");
-    addDriver("bmulti", vek::getFile<InputBStream>, "2");
-}
+InputServer::InputServer() : defaultDriver_(fallbackDriver) {}
 
 InputServer& InputServer::addDriver(const char* name, Driver driver, const char* options) {
     if (name == nullptr || *name == '\0' || driver == nullptr) {
@@ -148,15 +59,15 @@ long InputServer::findDriver(const String& name) const {
 
 InputStream* InputServer::getFile(const char* name, InputStream::ByteOrder order,
                                   const char* driver, const char* options) const {
-    String path = copyOf(name);
-    String driverName = copyOf(driver);
-    String driverOptions = copyOf(options);
+    String path(name);
+    String driverName(driver);
+    String driverOptions(options);
     if (driverName.length() == 0) {
         const int split = path.find("::");
         if (split > 0) {
-            const DriverSpec chosen(path.substr(split + 2, -1));
-            driverName = chosen.driver;
-            driverOptions = chosen.options;
+            const String choice = path.substr(split + 2, -1);
+            driverName = choice.word(0, ':');
+            driverOptions = choice.words(1, -1, ':');
             path = path.substr(0, split - 1);
         }
     }

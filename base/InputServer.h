@@ -25,7 +25,8 @@ class InputServer {
     using Driver = InputStream* (*)(const char* name, InputStream::ByteOrder order,
                                     const char* options);
 
-    /// The only instance, made at the first call and never destroyed.
+    /// The only instance, made at the first call and never destroyed; it has the standard drivers
+    /// (InputDrivers.cpp), among which "multi" is the first: that one is given every pattern.
     static InputServer* getInstance();
 
     InputServer(const InputServer&) = delete;
