@@ -16,12 +16,10 @@ namespace vek {
 namespace {
 
 constexpr unsigned long most = std::numeric_limits<long>::max();
-constexpr long unknownSizeCapacity = 2048;
-constexpr long usualKeepBack = 1024;
-/// Windows of this size and below keep half of themselves back.
-constexpr long smallCapacity = 2048;
-/// Storage beyond a small window.
-constexpr unsigned long leastSlack = 1UL << 12;
+constexpr unsigned long usualKeepBack = 1024;
+/// Windows of this size and below keep half of themselves back; where the size of a whole file is
+/// not known its window has this one.
+constexpr unsigned long smallCapacity = 2048;
 /// How far getline reads ahead at once; it has to go back behind the delimiter.
 constexpr long linePiece = 512;
 
@@ -90,29 +88,26 @@ std::unique_ptr<InputStream> InputBStream::openSource() {
 }
 
 void InputBStream::chooseWindow(unsigned long bufferSize) {
-    // A whole file is read once: its window hardly ever slides.
-    const unsigned long slack = bufferSize == 0 ? 0 : std::max(bufferSize, leastSlack);
     unsigned long capacity = bufferSize;
     if (capacity == 0 && !isFifo_) {
         capacity = static_cast<unsigned long>(std::max(fileSizeOf(name_.c_str()), 0L));
     }
-    const bool isKnown = capacity != 0;
-    if (!isKnown) {
-        capacity = unknownSizeCapacity;
+    if (capacity == 0) {
+        capacity = smallCapacity;
     }
-    const bool isTooLarge = capacity > most || slack > most - capacity;
-    const unsigned long wanted = isTooLarge ? most + 1 : capacity + slack;
+    unsigned long keepBack = capacity / 2;
+    if (capacity > smallCapacity) {
+        keepBack = isFifo_ ? capacity - usualKeepBack : usualKeepBack;
+    }
+    // A slide that moves more than it reads would make long pipes slow: in storage of twice the
+    // size only one in many moves anything. Elsewhere the window is all the storage.
+    const unsigned long slack = keepBack > capacity / 2 ? keepBack : 0;
+    const unsigned long wanted = capacity > most ? capacity : capacity + slack;
     storage_.reset();
     storage_ = allocate(wanted, "InputBStream::initFile");
     storageSize_ = static_cast<long>(wanted);
     capacity_ = static_cast<long>(capacity);
-    if (!isKnown) {
-        keepBack_ = usualKeepBack;
-    } else if (capacity_ <= smallCapacity) {
-        keepBack_ = capacity_ / 2;
-    } else {
-        keepBack_ = isFifo_ ? capacity_ - usualKeepBack : usualKeepBack;
-    }
+    keepBack_ = static_cast<long>(keepBack);
 }
 
 const String& InputBStream::name(long offset) {

@@ -58,7 +58,7 @@ class InputBStream : public InputStream {
     void seekSource(long from);
     void fill(long moved);
 
-    std::unique_ptr<char[]> storage_;  ///< larger than the window, so that sliding seldom copies
+    std::unique_ptr<char[]> storage_;  ///< for pipes larger than the window
     long storageSize_ = 0;
     long base_ = 0;  ///< of the window in the storage
     bool eof_ = false;

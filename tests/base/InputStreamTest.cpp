@@ -146,6 +146,7 @@ std::string World::run(const std::string& operation, const A& arguments) try {
         {"driver", [](W&, const A& a) { server.addDriver(text(a, 0), number(a, 2) == 0 ? nullptr : number(a, 2) == 1 ? tell<'1'> : tell<'2'>, text(a, 1)); return ""; }},
         {"default", [](W&, const A& a) { server.setDriverDefault(text(a, 0)); return server.getDriverDefault(); }},
         {"option", [](W&, const A& a) { server.setDriverOption(text(a, 0), text(a, 1)); return ""; }},
+        {"mapped", [](W& w, const A& a) { const auto pages = [] { long count = 0; std::ifstream("/proc/self/statm") >> count; return count; }; w.stream.reset(); const long before = pages(); w.run("open", a); return std::to_string((pages() - before) * sysconf(_SC_PAGESIZE) >> 20); }},
         {"leaked", [](W& w, const A& a) { const auto open = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {}); }; w.stream.reset(); const auto before = open(); for (int i = 0; i < 1000; ++i) w.run("open", a); return std::to_string(open() - before); }},
     };
     // clang-format on
