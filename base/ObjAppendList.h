@@ -24,7 +24,7 @@ class ObjAppendList {
     ObjAppendList(const ObjAppendList&) = delete;
     ObjAppendList& operator=(const ObjAppendList&) = delete;
     /// Releases the block. The elements are not destroyed.
-    ~ObjAppendList() { release(); }
+    ~ObjAppendList() { std::free(static_cast<void*>(data_)); }
 
     /// Returns the element at `index` by reference; the reference holds until the next append.
     /// Requires: 0 <= index < count(), which is not checked.
@@ -72,15 +72,6 @@ class ObjAppendList {
     /// First of the contiguous elements, owned by the list; null while there is no storage.
     const T* data() const { return data_; }
 
-  protected:
-    /// Releases the block and makes the list empty.
-    void release() {
-        std::free(static_cast<void*>(data_));
-        data_ = nullptr;
-        count_ = 0;
-        free_ = 0;
-    }
-
   private:
     // Makes at least n slots free, for n values that the caller writes at once: only the slots
     // behind those are zeroed here. Nothing has changed when it throws.
@@ -113,8 +104,12 @@ class ObjAppendListP : public ObjAppendList<T*> {
   public:
     using ObjAppendList<T*>::ObjAppendList;
 
-    /// Deletes every object once, in the order of its first occurrence, then releases the block.
-    ~ObjAppendListP() {
+    /// As removeAll, and releases the block.
+    ~ObjAppendListP() { removeAll(); }
+
+    /// Deletes every object once, in the order of its first occurrence, and keeps the storage for
+    /// others. (That of the base class, by a reference to it, leaves the objects to the caller.)
+    void removeAll() {
         std::unordered_set<T*> seen;
         for (long i = 0; i < this->count(); ++i) {
             T* object = ObjAppendListP::operator[](i);
@@ -122,7 +117,7 @@ class ObjAppendListP : public ObjAppendList<T*> {
                 delete object;
             }
         }
-        this->release();
+        ObjAppendList<T*>::removeAll();
     }
 
   private:

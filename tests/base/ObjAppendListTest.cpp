@@ -52,6 +52,10 @@ TEST(ObjAppendListP, DeletesEachObjectOnce) {
         auto* twice = new Counted(deleted);
         Counted* const all[] = {twice, nullptr, twice, new Counted(deleted)};
         list.append(all, 4);
+        list.removeAll();
+        EXPECT_EQ(deleted, 2);
+        EXPECT_EQ(list.count(), 0);
+        list.append(new Counted(deleted));
     }
-    EXPECT_EQ(deleted, 2);
+    EXPECT_EQ(deleted, 3);
 }
