@@ -9,12 +9,6 @@
 
 namespace vek {
 
-namespace {
-
-const char* const stdinName = "(stdin)";
-
-}  // namespace
-
 InputBasicFile::InputBasicFile(const char* name, ByteOrder order) : InputStream(name, order) {
     if (name == nullptr) {
         name_.setNull();
@@ -39,7 +33,7 @@ void InputBasicFile::open() {
         throwOpenFailed(name_, errno);
     }
     offset_ = 0;
-    isFifo_ = name_.cmp(stdinName) == 0 || isNamedPipe(name_.c_str());
+    isFifo_ = isForwardOnly(name_);
 }
 
 InputStream& InputBasicFile::seek(long offset, std::ios::seekdir dir) {

@@ -80,9 +80,10 @@ void throwOpenFailed(const String& name, int errorNumber) {
     throw StdError((String("file ") + quoted + " open failed").c_str(), errorNumber);
 }
 
-bool isNamedPipe(const char* name) {
+bool isForwardOnly(const String& name) {
     struct stat status;
-    return ::stat(name, &status) == 0 && S_ISFIFO(status.st_mode);
+    return name.cmp(stdinName) == 0 ||
+           (::stat(name.c_str(), &status) == 0 && S_ISFIFO(status.st_mode));
 }
 
 long fileSizeOf(const char* name) {

@@ -97,8 +97,12 @@ long addOffsets(long a, long b);
 /// Sets errno to 0, as every failed opening does.
 [[noreturn]] void throwOpenFailed(const String& name, int errorNumber);
 
-/// Whether `name` is a named pipe.
-bool isNamedPipe(const char* name);
+/// The name of standard input.
+inline constexpr const char* stdinName = "(stdin)";
+
+/// Whether the source of that name can't seek backwards: a named pipe, or whatever is named as
+/// standard input is.
+bool isForwardOnly(const String& name);
 
 /// The size that the system tells for the file `name`; 0 when it tells none.
 long fileSizeOf(const char* name);

@@ -74,7 +74,7 @@ InputFStream::InputFStream(const char* name, ByteOrder order)
     if (!file_.is_open()) {
         throwOpenFailed(name_, errno);
     }
-    isFifo_ = isNamedPipe(name_.c_str());
+    isFifo_ = isForwardOnly(name_);
 }
 
 long InputFStream::size() {
