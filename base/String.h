@@ -62,10 +62,11 @@ class String {
     /// Deliberate oddity: a forward search returns a `start` greater than the length as it is.
     int find(char c, int start = 0, bool reverse = false) const;
     /// Index of the first occurrence of `text` at or after `start` (negative: 0). -1 when
-    /// absent, for a null text, on a null string, and when start is not inside the string.
+    /// absent, for a null text, on a null string, and when start is not inside the string. The
+    /// search ends at the first NUL from `start` on.
     int find(const char* text, int start = 0) const;
-    /// Number of occurrences of `text` that do not overlap, scanning forward; -1 for a null or
-    /// empty text.
+    /// Number of occurrences of `text` that do not overlap, scanning forward to the first NUL; -1
+    /// for a null or empty text.
     int count(const char* text) const;
     /// The bytes `first` to `last`, both included. A negative `last` or one beyond the end means
     /// the last byte. "" when nothing is selected, null on a null string.
@@ -129,8 +130,9 @@ class String {
     String& fill(char c);
     /// Replaces every `from` by `to`; nothing when `to` is NUL.
     String& swap(char from, char to);
-    /// Replaces the occurrences of `from`, left to right, by `to`; replaced text is not searched
-    /// again. An empty `to` deletes. Nothing when `from` is null or empty or `to` is null.
+    /// Replaces the occurrences of `from` before the first NUL, left to right, by `to`; replaced
+    /// text is not searched again. An empty `to` deletes. Nothing when `from` is null or empty or
+    /// `to` is null.
     String& swap(const char* from, const char* to);
     /// Changes the case of the ASCII letters.
     String& uppercase();
