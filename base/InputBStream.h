@@ -29,6 +29,8 @@ class InputBStream : public InputStream {
     /// StdError as the source does, and 12 when there is no memory for the window.
     void initFile(unsigned long bufferSize, bool wholeFile);
 
+    /// The source's name of it. Without an offset that is the member up to which the source has
+    /// been read, which may lie behind the position.
     const String& name(long offset = -1) override;
     /// Only moves the position: a negative one and a seek from the end are ignored.
     InputStream& seek(long offset, std::ios::seekdir dir = std::ios::beg) override;
