@@ -1,3 +1,6 @@
+// A listing goes down into folders without recursion: the open ones are a path of levels, each with
+// the names that are left of it. All names of a folder are read before the first is used, so that
+// they can be sorted and no more than one folder is open at a time.
 #include "base/FileUtils.h"
 
 #include <dirent.h>
@@ -27,7 +30,8 @@ String toString(std::string_view text) {
     return String(text.data(), text.size() > INT_MAX ? -1 : static_cast<int>(text.size()));
 }
 
-// One directory that is being listed: its remaining names, and who it is, to find cycles.
+// One directory that is being listed: its remaining names, and who it is, since a symbolic link can
+// lead back to it.
 struct Level {
     String path;  // null for the current directory
     std::vector<std::string> names;
@@ -49,6 +53,7 @@ bool readLevel(Level& level, const char* pattern) {
     level.device = status.st_dev;
     level.inode = status.st_ino;
     const dirent* entry;
+    // Only errno tells the end of the names from a failure to read them.
     while (errno = 0, (entry = readdir(directory.get())) != nullptr) {
         if (pattern == nullptr || String(entry->d_name).match(pattern)) {
             level.names.emplace_back(entry->d_name);

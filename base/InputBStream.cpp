@@ -1,3 +1,13 @@
+// The window is the piece of the source that is in memory, from stream offset start_ to end().
+// seek() only moves the position; the next read settles where that has led:
+//
+// - inside the window: the bytes are copied from it;
+// - at its end or behind: the window slides. Up to keep-back bytes before the position are moved to
+//   its front, the rest is filled up from the source in one read;
+// - before it: the source is sought, which a pipe refuses, and the window filled anew.
+//
+// A window that holds something but is not full has met the end of the source, which is not asked
+// for more again.
 #include "base/InputBStream.h"
 
 #include <algorithm>
@@ -87,6 +97,7 @@ std::unique_ptr<InputStream> InputBStream::openSource() {
     return chain;
 }
 
+/// Takes storage for a window of that size and settles how much of it stays behind the position.
 void InputBStream::chooseWindow(unsigned long bufferSize) {
     unsigned long capacity = bufferSize;
     if (capacity == 0 && !isFifo_) {

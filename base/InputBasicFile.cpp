@@ -1,3 +1,5 @@
+// The offset is counted here and not asked of stdio, which knows none on a pipe. After a seek on a
+// file stdio's is taken over: it may not be the one that was asked for.
 #include "base/InputBasicFile.h"
 
 #include <algorithm>
@@ -32,15 +34,12 @@ void InputBasicFile::open() {
     if (!file_) {
         throwOpenFailed(name_, errno);
     }
-    offset_ = 0;
     isFifo_ = isForwardOnly(name_);
 }
 
 InputStream& InputBasicFile::seek(long offset, std::ios::seekdir dir) {
-    if (dir != std::ios::beg && dir != std::ios::cur && dir != std::ios::end) {
-        return *this;
-    }
-    if (!file_) {
+    const bool isKnown = dir == std::ios::beg || dir == std::ios::cur || dir == std::ios::end;
+    if (!file_ || !isKnown) {
         return *this;
     }
     if (isFifo_) {
@@ -61,8 +60,7 @@ void InputBasicFile::seekFifo(long offset, std::ios::seekdir dir) {
         target = addOffsets(offset_, offset);
     }
     if (target < offset_) {
-        String quoted = name_;
-        quoted.quote('"');
+        const String quoted = String(name_).quote('"');
         const String message = String("seek backwards not allowed on FIFO stream ") + quoted;
         throw StdError(message.c_str(), ESPIPE);
     }

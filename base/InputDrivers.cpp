@@ -19,6 +19,7 @@ namespace {
 
 using ByteOrder = InputStream::ByteOrder;
 
+/// Opens a stream that takes no options. The name is checked here: not every class does.
 template <class Stream>
 InputStream* getFile(const char* name, ByteOrder order, const char* options) {
     if (options != nullptr) {
@@ -42,6 +43,7 @@ unsigned long windowSize(const String& options) {
     return size;
 }
 
+/// Opens a window of the kilobytes that the option says.
 template <>
 InputStream* getFile<InputBStream>(const char* name, ByteOrder order, const char* options) {
     const String number(options);
@@ -55,6 +57,8 @@ InputStream* getFile<InputBStream>(const char* name, ByteOrder order, const char
     return stream.release();
 }
 
+/// Opens a chain; the option names the driver of its members and, behind a ":", what that one
+/// takes.
 template <>
 InputStream* getFile<InputMultiFile>(const char* name, ByteOrder order, const char* options) {
     const String members(options);

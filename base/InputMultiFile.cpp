@@ -1,3 +1,10 @@
+// A chain reads from its current member; position_ is starts_[current_] and the member's own
+// offset. Where members start is found out on the way, since a pipe has no size: starts_ ends with
+// the last member that reading or seeking has come to. Up to there a target is looked up, behind it
+// the chain walks from member to member and asks each where it ends, a pipe by reading on.
+//
+// A member is brought to its place before the chain counts as moved: a pipe that can't go back
+// throws, and the chain then stays where it was.
 #include "base/InputMultiFile.h"
 
 #include <algorithm>
@@ -80,6 +87,7 @@ bool InputMultiFile::open(const char* driver, const char* options) {
     return true;
 }
 
+/// Opens one member; false when its driver refuses.
 bool InputMultiFile::addMember(const char* name, const char* driver, const char* options) {
     std::unique_ptr<InputStream> member(
         InputServer::getInstance()->getFile(name, order_, driver, options));
@@ -191,7 +199,7 @@ unsigned long InputMultiFile::bufread(char* buffer, unsigned long count, unsigne
         if (next == starts_.count()) {
             starts_.append(position_);
         }
-        members_[next]->seek(position_ - starts_[next]);  // before the move: a pipe may throw
+        members_[next]->seek(position_ - starts_[next]);
         current_ = next;
         if (delivered == count) {
             break;

@@ -1,3 +1,7 @@
+// A stream is opened in two steps: getFile() finds out which driver with which options is meant,
+// from its arguments or from what stands behind "::" in the name, and whether the name is one file.
+// Then the driver itself opens a file; anything else is a pattern and goes to the first driver,
+// with the chosen one as its option, and comes back from there once for each file.
 #include "base/InputServer.h"
 
 #include <memory>
@@ -84,6 +88,7 @@ InputStream* InputServer::getFile(const char* name, InputStream::ByteOrder order
                : openPattern(path.c_str(), order, driverName, driverOptions);
 }
 
+/// Opens one file, or a pattern with a driver that takes patterns itself.
 InputStream* InputServer::openFile(const char* name, InputStream::ByteOrder order,
                                    const String& driver, const String& options) const {
     const char* chosenOptions = textOrNull(options);
@@ -104,6 +109,7 @@ InputStream* InputServer::openFile(const char* name, InputStream::ByteOrder orde
     return drivers_[found](name, order, chosenOptions);
 }
 
+/// Gives a pattern to the first driver, which opens the members with `driver` and `options`.
 InputStream* InputServer::openPattern(const char* name, InputStream::ByteOrder order,
                                       const String& driver, const String& options) const {
     if (driver.length() == 0) {

@@ -51,6 +51,7 @@ InputStream& InputStream::read_swap(char* field, unsigned short memorySize, unsi
     if (fileSize > memorySize && isBig) {
         seek(fileSize - memorySize, std::ios::cur);
     }
+    // The field is filled in the file's order first, then turned round as a whole, padding and all.
     const unsigned long count = std::min(memorySize, fileSize);
     const unsigned long padding = memorySize - count;
     char* const value = isBig ? field + padding : field;
@@ -74,8 +75,7 @@ long addOffsets(long a, long b) {
 }
 
 void throwOpenFailed(const String& name, int errorNumber) {
-    String quoted = name;
-    quoted.quote('"');
+    const String quoted = String(name).quote('"');
     errno = 0;
     throw StdError((String("file ") + quoted + " open failed").c_str(), errorNumber);
 }

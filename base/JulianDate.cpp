@@ -1,3 +1,9 @@
+// The calendar is worked out here and not by gmtime and timegm: where the zone of the process
+// counts leap seconds ("right/UTC") these do so, too. A count becomes a day and a second of the
+// day, and the day a date of the Gregorian calendar, also before its introduction; years of any
+// size are brought into one cycle of 400, in which <chrono> knows the dates.
+//
+// Reading takes sscanf and printing snprintf, with the formats that define the layouts.
 #include "base/JulianDate.h"
 
 #include <strings.h>
@@ -19,8 +25,7 @@ constexpr std::int64_t daySeconds = 86400;
 constexpr std::int64_t perDay = daySeconds * perSecond;
 constexpr int tmYearBase = 1900;  // tm_year counts from here
 
-// The Gregorian calendar repeats itself after this many years. One round of it, from 2000 on, is
-// taken from the standard library, whose years have only 16 bits.
+// The cycle, from 2000 on: the years of <chrono> have only 16 bits.
 constexpr int cycleYears = 400;
 constexpr std::int64_t cycleDays = 146097;
 constexpr std::chrono::sys_days firstDay{std::chrono::year(2000) / 1 / 1};
@@ -55,9 +60,6 @@ std::int64_t saturatingAdd(std::int64_t a, std::int64_t b) {
 bool fitsInt64(double value) {
     return value >= -0x1p63 && value < 0x1p63;
 }
-
-// The calendar is worked out here and not by gmtime and timegm: where the zone of the process
-// counts leap seconds ("right/UTC") these do so, too.
 
 // Broken-down UTC of a number of seconds since 2000 that comes from a count of microseconds.
 std::tm fieldsOf(std::int64_t seconds) {

@@ -1,3 +1,8 @@
+// Pattern and text are walked over side by side. At a "*" the place of both is noted, and whenever
+// something behind it does not fit, the walk goes back there and the "*" takes one byte more. Only
+// the last "*" ever does so: whatever an earlier one could reach by giving way it reaches, too. So
+// the time is the product of the two lengths at most, where trying all divisions of the text among
+// the "*" would not end.
 #include "base/fnmatch.h"
 
 namespace vek {
@@ -36,8 +41,7 @@ class Matcher {
                 ++string;
                 continue;
             }
-            // Only the last "*" can take more: whatever an earlier one could reach by giving way
-            // it reaches, too. A "*" never takes a path separator, so none survives one.
+            // A "*" never takes a path separator, so none survives one.
             if (retryPattern == nullptr || *retryString == '\0' || isSeparator(*retryString)) {
                 return false;
             }
