@@ -109,12 +109,11 @@ def encoding():
 
 def base():
     for arguments in calls("date.txt", "read"):
-        yield b"\0" + bytes(13) + arguments[0]
+        yield b"\0" + bytes(11) + arguments[0]
     for pattern, text, *flags in calls("pattern.txt", "fnmatch"):
         yield b"\1" + bytes([int((flags or [b"0"])[0]) & 7]) + short(pattern) + text
     for arguments in calls("string.txt", "replace", "insert"):
-        yield b"\2" + b"".join(bytes([operation]) + short(arguments[operation % 2]) + b"\3\5"
-                               for operation in range(8))
+        yield b"\2" + b"".join(bytes([place]) + short(arguments[place % 2]) for place in range(8))
 
 
 def streams():
