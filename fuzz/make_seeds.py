@@ -108,7 +108,7 @@ def encoding():
 
 
 def base():
-    for arguments in calls("date.txt", "read"):
+    for arguments in calls("date.txt", "init"):
         yield b"\0" + bytes(11) + arguments[0]
     for pattern, text, *flags in calls("pattern.txt", "fnmatch"):
         yield b"\1" + bytes([int((flags or [b"0"])[0]) & 7]) + short(pattern) + text
@@ -117,8 +117,10 @@ def base():
 
 
 def streams():
-    for driver in range(24):
-        yield bytes([driver, 0, 40, 9, driver % 3]) + bytes(i * (driver + 3) % 256 for i in range(400))
+    for driver in range(13):
+        for place in range(4):
+            start = bytes([place, driver, place & 1, 40, driver, driver])
+            yield start + bytes(i * (driver + 3) * 7 % 256 for i in range(800))
 
 
 def main():
