@@ -1,21 +1,12 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <limits>
+#include <memory>
 #include <new>
 #include <numeric>
 #include <vector>
 
 #include "base/ObjAppendList.h"
-
-namespace {
-
-struct Counted {
-    explicit Counted(int& deleted) : deleted_(deleted) {}
-    ~Counted() { ++deleted_; }
-    int& deleted_;
-};
-
-}  // namespace
 
 TEST(ObjAppendList, GrowsByTheLargerOfNeedAndIncrement) {
     std::vector<double> values(100);
@@ -33,29 +24,26 @@ TEST(ObjAppendList, GrowsByTheLargerOfNeedAndIncrement) {
             expected.insert(expected.end(), values.begin(), values.begin() + added);
             ASSERT_EQ(list.freeSlots(), free) << increment;
             ASSERT_EQ(std::vector<double>(&list[0], &list[0] + list.count()), expected);
-            ASSERT_EQ(std::count(&list[0] + list.count(), &list[0] + list.count() + free, 0.0),
-                      free);
+            ASSERT_EQ(std::count(&list[list.count()], &list[list.count() + free], 0.0), free);
         }
     }
-}
-
-TEST(ObjAppendList, FailedGrowthKeepsTheList) {
+    // A failure changes nothing.
     vek::ObjAppendList<double> list(std::numeric_limits<long>::max());
     EXPECT_THROW(list.append(1.5), std::bad_alloc);
     EXPECT_EQ(list.count() + list.freeSlots(), 0);
 }
 
 TEST(ObjAppendListP, DeletesEachObjectOnce) {
-    int deleted = 0;
+    using Object = std::shared_ptr<int>;
+    const Object living = std::make_shared<int>();
     {
-        vek::ObjAppendListP<Counted> list;
-        auto* twice = new Counted(deleted);
-        Counted* const all[] = {twice, nullptr, twice, new Counted(deleted)};
+        vek::ObjAppendListP<Object> list;
+        auto* const twice = new Object(living);
+        Object* const all[] = {twice, nullptr, twice, new Object(living)};
         list.append(all, 4);
         list.removeAll();
-        EXPECT_EQ(deleted, 2);
-        EXPECT_EQ(list.count(), 0);
-        list.append(new Counted(deleted));
+        EXPECT_TRUE(list.count() == 0 && living.use_count() == 1);
+        list.append(new Object(living));
     }
-    EXPECT_EQ(deleted, 3);
+    EXPECT_EQ(living.use_count(), 1);
 }
