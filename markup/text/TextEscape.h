@@ -3,8 +3,12 @@
 #include <string>
 #include <string_view>
 
-#include "markup/DocFlags.h"
 #include "markup/text/TextArg.h"
+
+/// Flags of UnescapeText, which are two of a document's: white space at both ends of a value is
+/// dropped, and with the second one each run of it inside becomes one space.
+inline constexpr int DocFlagTrimWhitespace = 0x100;
+inline constexpr int DocFlagCollapseWhitespace = 0x200;
 
 /// Flags of EscapeText. Not to be mixed with the document's flags: 0x100 means something else
 /// there.
@@ -13,10 +17,9 @@ enum EscapeFlags : int {
     EscapeFlagQuotes = 0x100  ///< quotes are escaped too, as attribute values need
 };
 
-/// Turns character and entity references into UTF-8 characters. Of the document's flags only
-/// DocFlagTrimWhitespace and DocFlagCollapseWhitespace count. White space that a reference yields
-/// counts as text. An "&" that begins no known reference is kept. `length` is in bytes and limited
-/// to the text; negative means up to the NUL.
+/// Turns character and entity references into UTF-8 characters. Of a document's flags only the two
+/// above count. White space that a reference yields counts as text. An "&" that begins no known
+/// reference is kept. `length` is in bytes and limited to the text; negative means up to the NUL.
 std::string UnescapeText(TextArg text, int length, int flags);
 
 /// Replaces "<", "&" and ">" by entity references, with EscapeFlagQuotes both quotes too. Embedded
