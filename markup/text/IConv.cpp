@@ -26,10 +26,12 @@ IConvRun::IConvRun(iconv_t converter, std::span<const char> source, std::span<ch
 }
 
 void IConvRun::run() {
+    const char* last = input_;
     while (inputLeft_ > 0 && step()) {
         if (consumed_ != nullptr) {
-            consumed_->discard(input_);
+            consumed_->discard(last, input_);
         }
+        last = input_;
     }
     // The end of the text may still need output: the rest of a UTF-7 group, a shift back to ASCII.
     if (error_ != E2BIG) {

@@ -33,7 +33,6 @@ char* TextBuffer::reset(std::size_t size) {
             block_ = Pages(size, Pages::huge);
         }
     }
-    block_.renew();
     size_ = size;
     return block_.data();
 }
@@ -48,7 +47,7 @@ void TextBuffer::assign(std::string_view text) {
 void TextBuffer::clear() noexcept {
     size_ = 0;
     Pages given = std::move(block_);
-    if (given.isMapped() && given.size() != 0 && given.size() <= mostKept) {
+    if (Pages::isLarge(given.size()) && given.size() <= mostKept) {
         exchangeSpare(std::move(given));
     }
 }

@@ -1,7 +1,6 @@
 #include "markup/text/TextEncoding.h"
 
 #include <iconv.h>
-#include <sys/mman.h>
 
 #include <algorithm>
 #include <array>
@@ -47,15 +46,8 @@ class PreparedName {
     bool orderAdded_ = false;
 };
 
-// Throws std::bad_alloc when there is no room for what the largest converter takes to be loaded.
-void requireRoomForConverter() {
-    constexpr std::size_t room = std::size_t{1} << 20;
-    void* const area = ::mmap(nullptr, room, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (area == MAP_FAILED) {
-        throw std::bad_alloc();
-    }
-    ::munmap(area, room);
-}
+// Room for what the largest converter takes to be loaded.
+constexpr std::size_t converterRoom = std::size_t{1} << 20;
 
 // Owns an open converter, or none when there is none of these names. Throws std::bad_alloc when
 // memory does not suffice to open it: a text must not pass for one of an unknown encoding then.
@@ -69,7 +61,7 @@ class IConvHandle {
         if (!isOpen() && errno == EINVAL) {
             // Said of unknown names, but also when memory ran out while a converter was being
             // loaded. Only a second attempt tells them apart.
-            requireRoomForConverter();
+            Pages::requireRoom(converterRoom);
             handle_ = ::iconv_open(to.text(), from.text());
         }
         if (!isOpen() && errno == ENOMEM) {
@@ -210,8 +202,9 @@ int TextEncoding::consumeUTF16(char* target) {
             ++end;
         }
         count += UTF16To8(target + count, source + done, end - done);
+        consumed_->discard(reinterpret_cast<const char*>(source + done),
+                           reinterpret_cast<const char*>(source + end));
         done = end;
-        consumed_->discard(reinterpret_cast<const char*>(source + done));
     }
     return count;
 }

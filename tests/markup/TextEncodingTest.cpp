@@ -1,10 +1,8 @@
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
 
 #include "markup/text/EncodingNameTable.h"
-#include "markup/text/TextBuffer.h"
 #include "markup/text/TextEncoding.h"
 #include "tests/markup/Convert.h"
 
@@ -39,18 +37,6 @@ TEST(TextEncoding, MeasuresLongTextsOfCombinedCharacters) {
         source += "\xA4\xAB\xA4\xF7";
     }
     EXPECT_EQ(convert("EUC-JISX0213", "UTF-8", source).size(), 1500U * 9);
-}
-
-// The source is lost each time, also in a block that held another before.
-TEST(TextEncoding, GivesBackWhatABlockWasFilledWithAgain) {
-    constexpr std::size_t size = std::size_t{1} << 22;
-    TextBuffer text;
-    for (int i = 0; i < 2; ++i) {
-        char* const data = text.reset(size);
-        std::fill_n(data, size, 'x');
-        text.block().discard(data + size);
-        EXPECT_EQ(data[0], '\0');
-    }
 }
 
 // Noise through every converter that the system has: both passes agree (checked in convert) and no
