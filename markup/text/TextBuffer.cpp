@@ -1,6 +1,6 @@
 #include "markup/text/TextBuffer.h"
 
-#include <cstring>
+#include <algorithm>
 
 namespace {
 
@@ -24,24 +24,30 @@ Pages exchangeSpare(Pages block) {
 }  // namespace
 
 char* TextBuffer::reset(std::size_t size) {
-    if (size > block_.size()) {
+    const std::size_t needed = size + 1;
+    if (needed > block_.size()) {
         clear();
-        block_ = Pages::isLarge(size) ? exchangeSpare({}) : Pages();
+        block_ = Pages::isLarge(needed) ? exchangeSpare({}) : Pages();
         // Neither too small nor so large that another text would keep much memory for nothing.
-        if (size > block_.size() || size < block_.size() / 4) {
+        if (needed > block_.size() || needed < block_.size() / 4) {
             block_ = {};  // given back first: there may not be memory for both
-            block_ = Pages(size, Pages::huge);
+            block_ = Pages(needed, Pages::huge);
         }
     }
     size_ = size;
+    block_.data()[size] = '\0';
     return block_.data();
 }
 
-void TextBuffer::assign(std::string_view text) {
-    reset(text.size());
-    if (!text.empty()) {
-        std::memcpy(block_.data(), text.data(), text.size());
+void TextBuffer::truncate(std::size_t size) {
+    if (size < size_) {
+        size_ = size;
+        block_.data()[size] = '\0';
     }
+}
+
+void TextBuffer::assign(std::string_view text) {
+    std::copy(text.begin(), text.end(), reset(text.size()));
 }
 
 void TextBuffer::clear() noexcept {

@@ -5,8 +5,9 @@
 
 #include "markup/text/Pages.h"
 
-/// Memory for a document's text. Unlike std::string it is not cleared before a file is read into
-/// it, and large ones lie in huge pages where the system has them.
+/// Memory for a document's text, which ends in a NUL that doesn't count. Unlike std::string it is
+/// not cleared before a file is read into it, and large ones lie in huge pages where the system has
+/// them.
 class TextBuffer {
   public:
     TextBuffer() = default;
@@ -18,7 +19,8 @@ class TextBuffer {
     }
     ~TextBuffer() { clear(); }
 
-    std::string_view view() const { return {block_.data(), size_}; }
+    /// The text; its data pointer is never null, and behind the text lies a NUL.
+    std::string_view view() const { return {size_ == 0 ? "" : block_.data(), size_}; }
     char* data() { return block_.data(); }
     std::size_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
@@ -30,7 +32,7 @@ class TextBuffer {
     /// there before is lost. Throws std::bad_alloc, leaving the buffer empty.
     char* reset(std::size_t size);
     /// Keeps the first `size` bytes. Requires: size <= size().
-    void truncate(std::size_t size) { size_ = size; }
+    void truncate(std::size_t size);
     /// Copies `text`, which must not lie in the buffer.
     void assign(std::string_view text);
     /// Gives the memory up.
@@ -38,5 +40,5 @@ class TextBuffer {
 
   private:
     Pages block_;
-    std::size_t size_ = 0;
+    std::size_t size_ = 0;  ///< below the size of the block, for the NUL, where there is a block
 };
