@@ -3,32 +3,128 @@
 #include <errno.h>
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include "markup/text/EncodingNameTable.h"
 
 namespace {
 
 // Room for any one character with the shift sequences around it (the longest known takes 5 bytes).
 constexpr std::size_t leastScratchRoom = 10;
 
-}  // namespace
+// Room for what the largest converter takes to be loaded.
+constexpr std::size_t converterRoom = std::size_t{1} << 20;
 
-IConvRun::IConvRun(iconv_t converter, std::span<const char> source, std::span<char> target,
-                   Units units)
-    : converter_(converter),
-      input_(const_cast<char*>(source.data())),
-      inputLeft_(source.size()),
-      output_(target.data()),
-      room_(target.size()),
-      units_(units),
-      counting_(target.data() == nullptr) {
-    if (counting_) {
-        restartScratch();
+// Bytes that are counted at once. UTF-8 is counted three times as fast in pieces. What is decoded
+// has to come in pieces whose output fits: not all converters go on when it was full, that from
+// EUC-JISX0213 writes the same for ever. No byte becomes more than 16.
+constexpr std::size_t utf8Piece = 1024;
+constexpr std::size_t decodedPiece = 128;
+
+// NOLINTNEXTLINE(performance-no-int-to-ptr): this is how iconv_open says that it failed
+const iconv_t noConverter = reinterpret_cast<iconv_t>(-1);
+
+// A name as the system is given it, empty where it is too long.
+struct PreparedName {
+    explicit PreparedName(TextArg name) : isUsable(name.view().size() < maxEncodingNameLength) {
+        if (isUsable) {
+            IConv::prepareName(text.data(), name);
+        }
+    }
+
+    // Whether big-endian text is asked for where memory is in host order.
+    bool isSwapped(TextArg name) const {
+        return std::endian::native == std::endian::little &&
+               name.view().size() < std::strlen(text.data());
+    }
+
+    std::array<char, IConv::nameBufferSize> text{};
+    bool isUsable;
+};
+
+// Throws std::bad_alloc when memory does not suffice: a text must not pass for one of an unknown
+// encoding then.
+iconv_t openConverter(const char* to, const char* from) {
+    iconv_t handle = ::iconv_open(to, from);
+    if (handle == noConverter && errno == EINVAL) {
+        // Said of unknown names, but also when memory ran out while a converter was being loaded.
+        // Only a second attempt tells them apart.
+        Pages::requireRoom(converterRoom);
+        handle = ::iconv_open(to, from);
+    }
+    if (handle == noConverter && errno == ENOMEM) {
+        throw std::bad_alloc();
+    }
+    return handle;
+}
+
+// Swaps the two bytes of every whole 16-bit unit.
+void swapUnits(std::span<char> bytes) {
+    for (std::size_t i = 1; i < bytes.size(); i += 2) {
+        std::swap(bytes[i - 1], bytes[i]);
     }
 }
 
-void IConvRun::run() {
+}  // namespace
+
+char* IConv::prepareName(char* buffer, TextArg name) {
+    const std::string_view text = name.view();
+    char* const end = std::ranges::transform(text, buffer, [](char c) {
+                          return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+                      }).out;
+    const std::string_view suffix = std::string_view(buffer, text.size()) == "UTF-16" ? "BE" : "";
+    *std::ranges::copy(suffix, end).out = '\0';
+    return buffer;
+}
+
+IConv::IConv(TextArg to, TextArg from, std::size_t targetUnit, std::size_t sourceUnit)
+    : handle_(noConverter), targetUnit_(targetUnit), sourceUnit_(sourceUnit) {
+    const PreparedName toName(to);
+    const PreparedName fromName(from);
+    if (toName.isUsable && fromName.isUsable) {
+        handle_ = openConverter(toName.text.data(), fromName.text.data());
+        isTargetSwapped_ = toName.isSwapped(to);
+        isSourceSwapped_ = fromName.isSwapped(from);
+    }
+    if (x_GetEncodingCodePage(to) == CodePageUtf8) {
+        countingPiece_ = x_GetEncodingCodePage(from) == CodePageUtf8 ? utf8Piece : decodedPiece;
+    }
+}
+
+IConv::~IConv() {
+    if (isOpen()) {
+        ::iconv_close(handle_);
+    }
+}
+
+bool IConv::isOpen() const {
+    return handle_ != noConverter;
+}
+
+std::size_t IConv::run(std::string_view source, std::span<char> target) {
+    if (!isOpen()) {
+        return 0;
+    }
+    std::vector<char> swapped;
+    if (isSourceSwapped_) {
+        swapped.assign(source.begin(), source.end());
+        swapUnits(swapped);
+        source = std::string_view(swapped.data(), swapped.size());
+    }
+    input_ = const_cast<char*>(source.data());
+    inputLeft_ = source.size();
+    output_ = target.data();
+    room_ = target.size();
+    counting_ = target.data() == nullptr;
+    if (counting_) {
+        restartScratch();
+    }
     const char* last = input_;
     while (inputLeft_ > 0 && step()) {
-        if (consumed_ != nullptr) {
+        if (consumed_ != nullptr && !counting_ && swapped.empty()) {
             consumed_->discard(last, input_);
         }
         last = input_;
@@ -37,12 +133,16 @@ void IConvRun::run() {
     if (error_ != E2BIG) {
         reset();
     }
+    if (isTargetSwapped_ && !counting_) {
+        swapUnits(target.first(bytes_));
+    }
+    return bytes_;
 }
 
 // Converts up to the next fault, or a piece, and passes over it; false when the run is over.
-bool IConvRun::step() {
+bool IConv::step() {
     constexpr std::size_t consumedPiece = std::size_t{1} << 22;
-    const std::size_t longest = counting_              ? units_.countingPiece
+    const std::size_t longest = counting_              ? countingPiece_
                                 : consumed_ != nullptr ? consumedPiece
                                                        : SIZE_MAX;
     const std::size_t piece = std::min(inputLeft_, longest);
@@ -73,7 +173,7 @@ bool IConvRun::step() {
 // Calls again through the scratch buffer when the target is nearly full: some converters (to
 // EUC-JP, for one) want more room than the character takes, or before they find that there is none.
 // False, with nothing written, when the target really is full.
-bool IConvRun::callByScratch(char** input, std::size_t* inputLeft) {
+bool IConv::callByScratch(char** input, std::size_t* inputLeft) {
     const std::span<char> target(output_, room_);
     const std::size_t bytesBefore = bytes_;
     output_ = scratch_.data();
@@ -92,7 +192,7 @@ bool IConvRun::callByScratch(char** input, std::size_t* inputLeft) {
 
 // Returns to the initial shift state, with the output that it takes: also what the converter holds
 // back, as that from CP1255 does with a letter that may yet get a point.
-void IConvRun::reset() {
+void IConv::reset() {
     callIConv(nullptr, nullptr);
     if (error_ == E2BIG && !counting_) {
         callByScratch(nullptr, nullptr);
@@ -101,35 +201,37 @@ void IConvRun::reset() {
 
 // Skips a source unit and writes "?" for it. The shift state is reset first and with its output, so
 // that the "?" doesn't end up inside a run of two-byte characters.
-bool IConvRun::replaceUnit() {
-    const std::size_t skipped = std::min(units_.source, inputLeft_);
+bool IConv::replaceUnit() {
+    const std::size_t skipped = std::min(sourceUnit_, inputLeft_);
     input_ += skipped;
     inputLeft_ -= skipped;
     reset();
-    if (error_ == E2BIG || room_ < units_.target) {
+    if (error_ == E2BIG || room_ < targetUnit_) {
         error_ = E2BIG;
         return false;
     }
-    std::fill_n(output_, units_.target, '\0');
-    output_[units_.targetOrder == std::endian::little ? 0 : units_.target - 1] = '?';
-    output_ += units_.target;
-    room_ -= units_.target;
-    bytes_ += units_.target;
+    std::fill_n(output_, targetUnit_, '\0');
+    output_[(std::endian::native == std::endian::little) != isTargetSwapped_ ? 0
+                                                                             : targetUnit_ - 1] =
+        '?';
+    output_ += targetUnit_;
+    room_ -= targetUnit_;
+    bytes_ += targetUnit_;
     return true;
 }
 
-void IConvRun::callIConv(char** input, std::size_t* inputLeft) {
+void IConv::callIConv(char** input, std::size_t* inputLeft) {
     if (counting_) {
         restartScratch();
     }
     const std::size_t roomBefore = room_;
-    const std::size_t count = ::iconv(converter_, input, inputLeft, &output_, &room_);
+    const std::size_t count = ::iconv(handle_, input, inputLeft, &output_, &room_);
     error_ = count == static_cast<std::size_t>(-1) ? errno : 0;
     bytes_ += roomBefore - room_;
     irreversible_ += error_ == 0 ? count : 0;
 }
 
-void IConvRun::restartScratch() {
+void IConv::restartScratch() {
     output_ = scratch_.data();
     room_ = scratch_.size();
 }

@@ -1,18 +1,13 @@
 #include "markup/text/TextEncoding.h"
 
-#include <iconv.h>
-
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
-#include <cstring>
-#include <new>
 #include <span>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "markup/text/EncodingNameTable.h"
@@ -23,81 +18,8 @@ namespace {
 
 static_assert(sizeof(wchar_t) == 4 && sizeof(unsigned short) == 2 && CHAR_BIT == 8);
 
-constexpr bool littleEndianHost = std::endian::native == std::endian::little;
-constexpr const char* hostUtf16 = littleEndianHost ? "UTF-16LE" : "UTF-16BE";
-
-// An iconv name, and whether IConvName made it big-endian where memory is in host order.
-class PreparedName {
-  public:
-    explicit PreparedName(TextArg name) : usable_(name.view().size() < maxEncodingNameLength) {
-        if (usable_) {
-            TextEncoding::IConvName(text_.data(), name);
-            orderAdded_ = name.view().size() + 2 == std::strlen(text_.data());
-        }
-    }
-
-    bool usable() const { return usable_; }
-    const char* text() const { return text_.data(); }
-    bool orderAdded() const { return orderAdded_; }
-
-  private:
-    std::array<char, TextEncoding::iconvNameBufferSize> text_{};
-    bool usable_;
-    bool orderAdded_ = false;
-};
-
-// Room for what the largest converter takes to be loaded.
-constexpr std::size_t converterRoom = std::size_t{1} << 20;
-
-// Owns an open converter, or none when there is none of these names. Throws std::bad_alloc when
-// memory does not suffice to open it: a text must not pass for one of an unknown encoding then.
-class IConvHandle {
-  public:
-    IConvHandle(const PreparedName& to, const PreparedName& from) {
-        if (!to.usable() || !from.usable()) {
-            return;
-        }
-        handle_ = ::iconv_open(to.text(), from.text());
-        if (!isOpen() && errno == EINVAL) {
-            // Said of unknown names, but also when memory ran out while a converter was being
-            // loaded. Only a second attempt tells them apart.
-            Pages::requireRoom(converterRoom);
-            handle_ = ::iconv_open(to.text(), from.text());
-        }
-        if (!isOpen() && errno == ENOMEM) {
-            throw std::bad_alloc();
-        }
-    }
-    ~IConvHandle() {
-        if (isOpen()) {
-            ::iconv_close(handle_);
-        }
-    }
-    IConvHandle(const IConvHandle&) = delete;
-    IConvHandle& operator=(const IConvHandle&) = delete;
-
-    bool isOpen() const { return handle_ != closed(); }
-    iconv_t get() const { return handle_; }
-
-  private:
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): this is how iconv_open says that it failed
-    static iconv_t closed() { return reinterpret_cast<iconv_t>(-1); }
-
-    iconv_t handle_ = closed();
-};
-
-// Bytes that are counted at once. UTF-8 is counted three times as fast in pieces. What is decoded
-// has to come in pieces whose output fits: not all converters go on when it was full, that from
-// EUC-JISX0213 writes the same for ever. No byte becomes more than 16.
-constexpr std::size_t utf8Piece = 1024;
-constexpr std::size_t decodedPiece = 128;
-
-// Swaps the two bytes of every whole 16-bit unit.
-void swapUnits(std::span<char> bytes) {
-    for (std::size_t i = 1; i < bytes.size(); i += 2) {
-        std::swap(bytes[i - 1], bytes[i]);
-    }
-}
+constexpr const char* hostUtf16 =
+    std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
 
 // Code pages whose characters may take more than one byte, UTF-8 and UTF-16 aside. The default
 // character set counts as one.
@@ -257,60 +179,33 @@ int TextEncoding::IConv(void* target, int targetUnit, int sourceUnit) {
 // `room` is in target units and doesn't matter when only measuring.
 int TextEncoding::convertByIConv(TextArg toEncoding, void* target, int room, int targetUnit,
                                  int sourceUnit) {
-    const PreparedName to(toEncoding);
-    const PreparedName from(fromEncoding_);
-    const IConvHandle handle(to, from);
-    if (!handle.isOpen()) {
-        return 0;
+    const auto unit = static_cast<std::size_t>(targetUnit);
+    ::IConv converter(toEncoding, fromEncoding_, unit, static_cast<std::size_t>(sourceUnit));
+    if (consumed_ != nullptr) {
+        converter.consume(*consumed_);
     }
-    IConvRun::Units units;
-    units.target = static_cast<std::size_t>(targetUnit);
-    units.source = static_cast<std::size_t>(sourceUnit);
-    units.targetOrder = to.orderAdded() ? std::endian::big : std::endian::native;
-    if (x_GetEncodingCodePage(toEncoding) == CodePageUtf8) {
-        const bool isUtf8 = x_GetEncodingCodePage(fromEncoding_) == CodePageUtf8;
-        units.countingPiece = isUtf8 ? utf8Piece : decodedPiece;
-    }
-    // iconv is asked for big-endian text where the name is plain "UTF-16", memory is in host order.
-    std::span<const char> source(sourceAs<char>(),
-                                 static_cast<std::size_t>(sourceLength_) * units.source);
-    std::vector<char> swapped;
-    if (littleEndianHost && from.orderAdded()) {
-        swapped.assign(source.begin(), source.end());
-        swapUnits(swapped);
-        source = swapped;
-    }
-    const std::span<char> output(
-        static_cast<char*>(target),
-        target == nullptr ? 0 : static_cast<std::size_t>(room) * units.target);
-    IConvRun run(handle.get(), source, output, units);
-    if (consumed_ != nullptr && target != nullptr && swapped.empty()) {
-        run.consume(*consumed_);
-    }
-    run.run();
-    if (littleEndianHost && to.orderAdded() && target != nullptr) {
-        swapUnits(output.first(run.bytes()));
-    }
-    const std::size_t failed = static_cast<std::size_t>(failedCharacters_) + run.irreversible();
+    const std::span output(static_cast<char*>(target),
+                           target == nullptr ? 0 : static_cast<std::size_t>(room) * unit);
+    const std::size_t count = converter.run(sourceBytes(sourceUnit), output) / unit;
+    const std::size_t failed =
+        static_cast<std::size_t>(failedCharacters_) + converter.irreversible();
     failedCharacters_ = static_cast<int>(std::min(failed, std::size_t{INT_MAX}));
-    const std::size_t count = run.bytes() / units.target;
     error_ = count > std::size_t{INT_MAX} ? EFBIG : 0;
     return error_ != 0 ? 0 : static_cast<int>(count);
 }
 
+std::string_view TextEncoding::sourceBytes(int unit) const {
+    return {sourceAs<char>(),
+            static_cast<std::size_t>(sourceLength_) * static_cast<std::size_t>(unit)};
+}
+
 int TextEncoding::converterError(TextArg toEncoding, TextArg fromEncoding) {
-    const IConvHandle handle{PreparedName(toEncoding), PreparedName(fromEncoding)};
-    return handle.isOpen() ? 0 : EINVAL;
+    return ::IConv(toEncoding, fromEncoding).isOpen() ? 0 : EINVAL;
 }
 
 char* TextEncoding::IConvName(char* buffer, TextArg name) {
-    const std::string_view text = name.view();
-    char* const end = std::ranges::transform(text, buffer, [](char c) {
-                          return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-                      }).out;
-    const std::string_view suffix = std::string_view(buffer, text.size()) == "UTF-16" ? "BE" : "";
-    *std::ranges::copy(suffix, end).out = '\0';
-    return buffer;
+    static_assert(iconvNameBufferSize == ::IConv::nameBufferSize);
+    return ::IConv::prepareName(buffer, name);
 }
 
 bool TextEncoding::FindRaggedEnd(int& trailingBytes) const {
@@ -350,16 +245,12 @@ int TextEncoding::raggedUTF8() const {
 // Converts from the start, since only that tells the bytes of a character apart, and takes what the
 // converter leaves unread at the end.
 bool TextEncoding::raggedMultibyte(int& trailingBytes) const {
-    const IConvHandle handle(PreparedName("UTF-8"), PreparedName(fromEncoding_));
-    if (!handle.isOpen()) {
+    ::IConv converter("UTF-8", fromEncoding_);
+    if (!converter.isOpen()) {
         return false;
     }
-    const std::span source(sourceAs<char>(), static_cast<std::size_t>(sourceLength_));
-    IConvRun::Units units;
-    units.countingPiece = decodedPiece;
-    IConvRun run(handle.get(), source, {}, units);
-    run.run();
-    trailingBytes = static_cast<int>(run.unread());
+    converter.run(sourceBytes(1), {});
+    trailingBytes = static_cast<int>(converter.unread());
     return true;
 }
 

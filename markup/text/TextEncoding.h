@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 #include "markup/text/Pages.h"
 #include "markup/text/TextArg.h"
@@ -24,8 +25,8 @@ class TextEncoding {
     TextEncoding(TextArg fromEncoding, const void* source, int sourceLength);
 
     /// Lets a converting call give back the memory of what it has read of the source, which lies in
-    /// `block`: the source is lost with it. Only for conversions to UTF-8, see IConvRun::Units. The
-    /// block must outlive the object.
+    /// `block`: the source is lost with it. Only for conversions to UTF-8. The block must outlive
+    /// the object.
     void ConsumeSource(Pages& block) { consumed_ = &block; }
 
     /// Converts into `target`, or only measures when it is null, and returns the number of target
@@ -79,6 +80,7 @@ class TextEncoding {
     int fromOther(void* target, int toCodePage);
     int toUTF32(void* target);
     int convertByIConv(TextArg toEncoding, void* target, int room, int targetUnit, int sourceUnit);
+    std::string_view sourceBytes(int unit) const;
     int raggedUTF8() const;
     bool raggedMultibyte(int& trailingBytes) const;
 
