@@ -228,7 +228,8 @@ void IConv::callIConv(char** input, std::size_t* inputLeft) {
     const std::size_t count = ::iconv(handle_, input, inputLeft, &output_, &room_);
     error_ = count == static_cast<std::size_t>(-1) ? errno : 0;
     bytes_ += roomBefore - room_;
-    irreversible_ += error_ == 0 ? count : 0;
+    // What a call that resets the shift state returns are no characters.
+    irreversible_ += error_ == 0 && input != nullptr ? count : 0;
 }
 
 void IConv::restartScratch() {
