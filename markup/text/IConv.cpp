@@ -1,3 +1,24 @@
+// The C library's converters are taken at their best. They come from many hands and differ in what
+// they do where a buffer ends; what they make of a text must not depend on that.
+//
+// Where its output is full, a converter has to undo what it has decoded ahead. That from
+// EUC-JISX0213 then writes the same again, for ever if nothing helps, and that to ISO-2022-KR
+// shifts otherwise. So the output never gets full: the source is handed over in pieces so small
+// that the room of a call holds whatever they become, and the room is the same whether the output
+// is kept or only counted. Both passes make the same calls then, and the second needs just what the
+// first has counted. What lies ahead of a fault has to be decoded anew as well, so pieces are
+// smaller where faults are.
+//
+// A piece may end anywhere: a converter leaves a character that isn't complete, and the next piece
+// begins with it. There are two exceptions. That from EUC-CN to GBK passes over the first byte of
+// what it leaves, and leaves the last character of a piece even if it is complete; it is caught at
+// that and the byte handed over again. Those to IBM1390 and IBM1399 join a letter and its mark only
+// if they come in one call; so no piece of UTF-8 begins with one of these marks. Nor does one begin
+// within a character: of a call that ends so the system does not tell what was lost in it.
+//
+// Told to ignore faults, the system passes over them and says EILSEQ once it has taken all; what it
+// then leaves is an incomplete character.
+
 #include "markup/text/IConv.h"
 
 #include <errno.h>
@@ -6,23 +27,13 @@
 #include <bit>
 #include <cstring>
 #include <new>
-#include <vector>
 
 #include "markup/text/EncodingNameTable.h"
 
 namespace {
 
-// Room for any one character with the shift sequences around it (the longest known takes 5 bytes).
-constexpr std::size_t leastScratchRoom = 10;
-
 // Room for what the largest converter takes to be loaded.
 constexpr std::size_t converterRoom = std::size_t{1} << 20;
-
-// Bytes that are counted at once. UTF-8 is counted three times as fast in pieces. What is decoded
-// has to come in pieces whose output fits: not all converters go on when it was full, that from
-// EUC-JISX0213 writes the same for ever. No byte becomes more than 16.
-constexpr std::size_t utf8Piece = 1024;
-constexpr std::size_t decodedPiece = 128;
 
 // NOLINTNEXTLINE(performance-no-int-to-ptr): this is how iconv_open says that it failed
 const iconv_t noConverter = reinterpret_cast<iconv_t>(-1);
@@ -35,10 +46,11 @@ struct PreparedName {
         }
     }
 
+    std::string_view view() const { return text.data(); }
+
     // Whether big-endian text is asked for where memory is in host order.
     bool isSwapped(TextArg name) const {
-        return std::endian::native == std::endian::little &&
-               name.view().size() < std::strlen(text.data());
+        return std::endian::native == std::endian::little && name.view().size() < view().size();
     }
 
     std::array<char, IConv::nameBufferSize> text{};
@@ -68,6 +80,16 @@ void swapUnits(std::span<char> bytes) {
     }
 }
 
+// Whether a piece of UTF-8 should not begin here: within a character, or with one that some target
+// joins with the one before it: U+0300, U+0301, U+02E5, U+02E9, U+309A.
+bool continuesCharacter(std::string_view text) {
+    constexpr std::array<std::string_view, 5> marks = {"\xCC\x80", "\xCC\x81", "\xCB\xA5",
+                                                       "\xCB\xA9", "\xE3\x82\x9A"};
+    return (text.front() & 0xC0) == 0x80 || std::ranges::any_of(marks, [&](std::string_view mark) {
+               return text.starts_with(mark);
+           });
+}
+
 }  // namespace
 
 char* IConv::prepareName(char* buffer, TextArg name) {
@@ -86,153 +108,127 @@ IConv::IConv(TextArg to, TextArg from, std::size_t targetUnit, std::size_t sourc
     const PreparedName fromName(from);
     if (toName.isUsable && fromName.isUsable) {
         handle_ = openConverter(toName.text.data(), fromName.text.data());
-        isTargetSwapped_ = toName.isSwapped(to);
-        isSourceSwapped_ = fromName.isSwapped(from);
     }
-    if (x_GetEncodingCodePage(to) == CodePageUtf8) {
-        countingPiece_ = x_GetEncodingCodePage(from) == CodePageUtf8 ? utf8Piece : decodedPiece;
-    }
+    isTargetSwapped_ = toName.isSwapped(to);
+    isSourceSwapped_ = fromName.isSwapped(from);
+    ignoresFaults_ = toName.view().find("IGNORE") != std::string_view::npos;
+    error_ = handle_ == noConverter ? EINVAL : 0;
 }
 
 IConv::~IConv() {
-    if (isOpen()) {
+    if (handle_ != noConverter) {
         ::iconv_close(handle_);
     }
 }
 
-bool IConv::isOpen() const {
-    return handle_ != noConverter;
-}
-
 std::size_t IConv::run(std::string_view source, std::span<char> target) {
-    if (!isOpen()) {
-        return 0;
-    }
-    std::vector<char> swapped;
-    if (isSourceSwapped_) {
-        swapped.assign(source.begin(), source.end());
-        swapUnits(swapped);
-        source = std::string_view(swapped.data(), swapped.size());
-    }
-    input_ = const_cast<char*>(source.data());
-    inputLeft_ = source.size();
-    output_ = target.data();
-    room_ = target.size();
-    counting_ = target.data() == nullptr;
-    if (counting_) {
-        restartScratch();
-    }
-    const char* last = input_;
-    while (inputLeft_ > 0 && step()) {
-        if (consumed_ != nullptr && !counting_ && swapped.empty()) {
-            consumed_->discard(last, input_);
+    source_ = source;
+    target_ = target;
+    isCounting_ = target.data() == nullptr;
+    while (error_ == 0 && !source_.empty()) {
+        const char* const begin = source_.data();
+        if (!convertPiece()) {
+            break;
         }
-        last = input_;
+        if (consumed_ != nullptr && !isCounting_) {
+            consumed_->discard(begin, source_.data());
+        }
     }
     // The end of the text may still need output: the rest of a UTF-7 group, a shift back to ASCII.
-    if (error_ != E2BIG) {
+    if (error_ == 0) {
         reset();
     }
-    if (isTargetSwapped_ && !counting_) {
-        swapUnits(target.first(bytes_));
-    }
-    return bytes_;
+    return produced_;
 }
 
-// Converts up to the next fault, or a piece, and passes over it; false when the run is over.
-bool IConv::step() {
-    constexpr std::size_t consumedPiece = std::size_t{1} << 22;
-    const std::size_t longest = counting_              ? countingPiece_
-                                : consumed_ != nullptr ? consumedPiece
-                                                       : SIZE_MAX;
-    const std::size_t piece = std::min(inputLeft_, longest);
-    const bool moreToCome = piece < inputLeft_;
-    const std::size_t bytesBefore = bytes_;
-    std::size_t pieceLeft = piece;
-    callIConv(&input_, &pieceLeft);
-    const bool full = error_ == E2BIG && !counting_ && !callByScratch(&input_, &pieceLeft);
-    const bool progress = !full && (pieceLeft < piece || bytes_ > bytesBefore);
-    inputLeft_ -= piece - pieceLeft;
-    switch (error_) {
+// Converts the next piece, or what comes before a fault and that; false when this was the last.
+bool IConv::convertPiece() {
+    const std::string_view piece = nextPiece();
+    const bool isLast = piece.size() == source_.size();
+    const Outcome outcome = call(piece);
+    const bool hasTaken = outcome.left.size() < piece.size();
+    source_.remove_prefix(piece.size() - outcome.left.size());
+    store(outcome.output);
+    irreversible_ += outcome.irreversible;
+    switch (outcome.error) {
         case 0:
-            return progress;
-        case EILSEQ:
-            // With a target such as "ASCII//IGNORE" the error comes after all input was taken.
-            return inputLeft_ > 0 && replaceUnit();
         case E2BIG:
-            // Into an empty scratch buffer a call that reads nothing would write the same for ever,
-            // as the converter from EUC-JISX0213 does once its output was full.
-            return counting_ ? pieceLeft < piece : progress;
-        case EINVAL:  // a character cut off at the end, be it only that of the piece
-            return moreToCome && progress;
-        default:  // nothing else is worth another try
+            error_ = hasTaken ? error_ : E2BIG;
+            return hasTaken;
+        case EILSEQ:
+            return (ignoresFaults_ && hasTaken && !isLast) || (!source_.empty() && replaceUnit());
+        case EINVAL:
+            if (!isLast && hasTaken && passesOverByte(outcome.left)) {
+                source_ = {source_.data() - 1, source_.size() + 1};
+            }
+            return !isLast && (hasTaken || replaceUnit());
+        default:
+            error_ = outcome.error;
             return false;
     }
 }
 
-// Calls again through the scratch buffer when the target is nearly full: some converters (to
-// EUC-JP, for one) want more room than the character takes, or before they find that there is none.
-// False, with nothing written, when the target really is full.
-bool IConv::callByScratch(char** input, std::size_t* inputLeft) {
-    const std::span<char> target(output_, room_);
-    const std::size_t bytesBefore = bytes_;
-    output_ = scratch_.data();
-    room_ = std::min(target.size() + leastScratchRoom, scratch_.size());
-    callIConv(input, inputLeft);
-    const std::size_t produced = bytes_ - bytesBefore;
-    const bool fits = produced <= target.size();
-    const std::size_t taken = fits ? produced : 0;
-    std::copy_n(scratch_.data(), taken, target.data());
-    output_ = target.data() + taken;
-    room_ = target.size() - taken;
-    bytes_ = bytesBefore + taken;
-    error_ = fits ? error_ : E2BIG;
-    return fits;
+// Only UTF-8 minds where a piece ends; in what isn't UTF-8 the search makes no difference.
+std::string_view IConv::nextPiece() {
+    std::size_t size = std::min(pieceLength_, source_.size());
+    const std::size_t least = size - std::min(size, shortestPiece / 2);
+    while (size < source_.size() && size > least && sourceUnit_ == 1 &&
+           continuesCharacter(source_.substr(size))) {
+        --size;
+    }
+    pieceLength_ = std::min(2 * pieceLength_, longestPiece);
+    return source_.substr(0, size);
 }
 
-// Returns to the initial shift state, with the output that it takes: also what the converter holds
-// back, as that from CP1255 does with a letter that may yet get a point.
-void IConv::reset() {
-    callIConv(nullptr, nullptr);
-    if (error_ == E2BIG && !counting_) {
-        callByScratch(nullptr, nullptr);
-    }
+// Whether the converter has passed over the first byte of an incomplete character, having left the
+// rest of it: it leaves nothing, or would pass over what it left as well.
+bool IConv::passesOverByte(std::string_view left) {
+    return left.empty() || (left.size() == 1 && call(left).left.empty());
 }
 
 // Skips a source unit and writes "?" for it. The shift state is reset first and with its output, so
 // that the "?" doesn't end up inside a run of two-byte characters.
 bool IConv::replaceUnit() {
-    const std::size_t skipped = std::min(sourceUnit_, inputLeft_);
-    input_ += skipped;
-    inputLeft_ -= skipped;
+    source_.remove_prefix(std::min(sourceUnit_, source_.size()));
+    pieceLength_ = shortestPiece;
     reset();
-    if (error_ == E2BIG || room_ < targetUnit_) {
-        error_ = E2BIG;
-        return false;
-    }
-    std::fill_n(output_, targetUnit_, '\0');
-    output_[(std::endian::native == std::endian::little) != isTargetSwapped_ ? 0
-                                                                             : targetUnit_ - 1] =
-        '?';
-    output_ += targetUnit_;
-    room_ -= targetUnit_;
-    bytes_ += targetUnit_;
+    std::array<char, 4> mark{};
+    mark[std::endian::native == std::endian::little ? 0 : targetUnit_ - 1] = '?';
+    store(std::span(mark).first(targetUnit_));
     return true;
 }
 
-void IConv::callIConv(char** input, std::size_t* inputLeft) {
-    if (counting_) {
-        restartScratch();
+// Hands `input` over; without one the converter returns to its initial shift state and gives what
+// it holds back.
+IConv::Outcome IConv::call(std::string_view input) {
+    char* in = const_cast<char*>(input.data());  // iconv wants it so, and never writes there
+    if (isSourceSwapped_) {
+        std::ranges::copy(input, swapped_.begin());
+        in = swapped_.data();
+        swapUnits({in, input.size()});
     }
-    const std::size_t roomBefore = room_;
-    const std::size_t count = ::iconv(handle_, input, inputLeft, &output_, &room_);
-    error_ = count == static_cast<std::size_t>(-1) ? errno : 0;
-    bytes_ += roomBefore - room_;
-    // What a call that resets the shift state returns are no characters.
-    irreversible_ += error_ == 0 && input != nullptr ? count : 0;
+    char* const output = target_.size() < callRoom ? scratch_.data() : target_.data();
+    char* out = output;
+    std::size_t room = callRoom;
+    std::size_t inputLeft = input.size();
+    const std::size_t count =
+        ::iconv(handle_, input.empty() ? nullptr : &in, &inputLeft, &out, &room);
+    const int error = count == static_cast<std::size_t>(-1) ? errno : 0;
+    if (isTargetSwapped_) {
+        swapUnits({output, out});
+    }
+    // Told to ignore faults, some converters go beyond the end.
+    const std::size_t taken = inputLeft > input.size() ? input.size() : input.size() - inputLeft;
+    return {input.substr(taken), {output, out}, error, error == 0 ? count : 0};
 }
 
-void IConv::restartScratch() {
-    output_ = scratch_.data();
-    room_ = scratch_.size();
+// Appends output to the target as far as there is room, or only counts it.
+void IConv::store(std::span<const char> output) {
+    if (!isCounting_) {
+        error_ = output.size() > target_.size() ? E2BIG : error_;
+        output = output.first(std::min(output.size(), target_.size()));
+        std::memmove(target_.data(), output.data(), output.size());
+        target_ = target_.subspan(output.size());
+    }
+    produced_ += output.size();
 }

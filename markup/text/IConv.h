@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <span>
 #include <string_view>
 
@@ -23,57 +22,71 @@ class IConv {
     static char* prepareName(char* buffer, TextArg name);
 
     /// Opens the converter between two encodings, with the given bytes per unit. Plain "UTF-16" is
-    /// in host byte order on either side. Throws std::bad_alloc.
+    /// in host byte order on either side. Throws std::bad_alloc when memory does not suffice to
+    /// tell whether there is one.
     IConv(TextArg to, TextArg from, std::size_t targetUnit = 1, std::size_t sourceUnit = 1);
     IConv(const IConv&) = delete;
     IConv& operator=(const IConv&) = delete;
     ~IConv();
 
-    /// Whether there is a converter for the pair.
-    bool isOpen() const;
+    /// Why there is no converter or the run failed, an errno value: EINVAL when the system has none
+    /// for the pair, E2BIG when the target was full before the end of the source; 0 when neither.
+    int error() const { return error_; }
 
-    /// Lets runs into a target give back the memory of what they have read of the source, which
-    /// lies in `block`. The block must outlive the object.
+    /// Lets the run give back the memory of what it has read of the source, which lies in `block`,
+    /// unless it only counts. The block must outlive the object.
     void consume(Pages& block) { consumed_ = &block; }
 
-    /// Converts until the source ends, ends in the middle of a character, or the target is full,
-    /// and returns the bytes produced. What can't be converted becomes "?", one for each source
-    /// unit skipped. Never writes past the target's end; without a target it only counts.
+    /// Converts into `target`, never past its end, or only counts when it has no data; returns the
+    /// bytes produced, the same in both cases. What can't be converted becomes "?", one for each
+    /// source unit skipped; an incomplete character at the end becomes nothing.
     /// Requires: no run before.
     std::size_t run(std::string_view source, std::span<char> target);
 
-    /// Characters that the system reported as converted irreversibly.
+    /// Characters that the system reported as converted irreversibly. It reports none for a call
+    /// that met a fault.
     std::size_t irreversible() const { return irreversible_; }
 
     /// Bytes of an incomplete character left at the end of the source.
-    std::size_t unread() const { return inputLeft_; }
+    std::size_t unread() const { return source_.size(); }
 
   private:
-    bool step();
-    bool callByScratch(char** input, std::size_t* inputLeft);
-    void reset();
+    /// What a call of the system's converter came to.
+    struct Outcome {
+        std::string_view left;     ///< of its input
+        std::span<char> output;    ///< valid until the next call
+        int error;                 ///< errno, 0 for success
+        std::size_t irreversible;  ///< 0 after an error
+    };
+
+    static constexpr std::size_t shortestPiece = 64;
+    static constexpr std::size_t longestPiece = 1024;
+    /// More than a piece of bytes ever becomes.
+    static constexpr std::size_t callRoom = 16 * longestPiece;
+
+    bool convertPiece();
+    std::string_view nextPiece();
+    bool passesOverByte(std::string_view left);
     bool replaceUnit();
-    void callIConv(char** input, std::size_t* inputLeft);
-    void restartScratch();
+    void reset() { store(call({}).output); }
+    Outcome call(std::string_view input);
+    void store(std::span<const char> output);
 
     iconv_t handle_;
     std::size_t targetUnit_;
     std::size_t sourceUnit_;
-    bool isTargetSwapped_ = false;
+    bool isTargetSwapped_ = false;  ///< the system gives UTF-16 in the other byte order
     bool isSourceSwapped_ = false;
-    // Source bytes handed over at once while only counting. A small number avoids that the scratch
-    // buffer overflows in the middle of a call, after which much of its input is converted again.
-    // Only for sources that may safely be given in pieces: the converter from EUC-CN to GBK, for
-    // one, then loses characters.
-    std::size_t countingPiece_ = SIZE_MAX;
-    char* input_ = nullptr;  // iconv wants it so; the source is never written to
-    std::size_t inputLeft_ = 0;
-    char* output_ = nullptr;
-    std::size_t room_ = 0;   // bytes left at output_
-    bool counting_ = false;  // output goes to scratch_ and is forgotten
-    int error_ = 0;          // why there is no converter; then errno of the last call
-    std::size_t bytes_ = 0;  // produced in all
+    bool ignoresFaults_ = false;  ///< asked for a target with "//IGNORE"
+    int error_ = 0;
+    Pages* consumed_ = nullptr;  ///< holds the source, null when that is to stay
+
+    std::string_view source_;  ///< still to be converted
+    std::span<char> target_;   ///< still to be filled
+    bool isCounting_ = false;
+    std::size_t pieceLength_ = longestPiece;
+    std::size_t produced_ = 0;
     std::size_t irreversible_ = 0;
-    Pages* consumed_ = nullptr;  // holds the source, null when that is to stay
-    std::array<char, 2048> scratch_;
+    std::array<char, longestPiece> swapped_;  ///< a piece of a swapped source
+    std::array<char, callRoom> scratch_;      ///< output that the target may not hold
 };

@@ -190,8 +190,8 @@ int TextEncoding::convertByIConv(TextArg toEncoding, void* target, int room, int
     const std::size_t failed =
         static_cast<std::size_t>(failedCharacters_) + converter.irreversible();
     failedCharacters_ = static_cast<int>(std::min(failed, std::size_t{INT_MAX}));
-    error_ = count > std::size_t{INT_MAX} ? EFBIG : 0;
-    return error_ != 0 ? 0 : static_cast<int>(count);
+    error_ = count > std::size_t{INT_MAX} ? EFBIG : converter.error();
+    return error_ == EFBIG ? 0 : static_cast<int>(count);
 }
 
 std::string_view TextEncoding::sourceBytes(int unit) const {
@@ -200,7 +200,7 @@ std::string_view TextEncoding::sourceBytes(int unit) const {
 }
 
 int TextEncoding::converterError(TextArg toEncoding, TextArg fromEncoding) {
-    return ::IConv(toEncoding, fromEncoding).isOpen() ? 0 : EINVAL;
+    return ::IConv(toEncoding, fromEncoding).error();
 }
 
 char* TextEncoding::IConvName(char* buffer, TextArg name) {
@@ -246,12 +246,9 @@ int TextEncoding::raggedUTF8() const {
 // converter leaves unread at the end.
 bool TextEncoding::raggedMultibyte(int& trailingBytes) const {
     ::IConv converter("UTF-8", fromEncoding_);
-    if (!converter.isOpen()) {
-        return false;
-    }
     converter.run(sourceBytes(1), {});
-    trailingBytes = static_cast<int>(converter.unread());
-    return true;
+    trailingBytes = converter.error() == 0 ? static_cast<int>(converter.unread()) : 0;
+    return converter.error() == 0;
 }
 
 namespace {

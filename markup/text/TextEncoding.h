@@ -25,8 +25,7 @@ class TextEncoding {
     TextEncoding(TextArg fromEncoding, const void* source, int sourceLength);
 
     /// Lets a converting call give back the memory of what it has read of the source, which lies in
-    /// `block`: the source is lost with it. Only for conversions to UTF-8. The block must outlive
-    /// the object.
+    /// `block`: the source is lost with it. The block must outlive the object.
     void ConsumeSource(Pages& block) { consumed_ = &block; }
 
     /// Converts into `target`, or only measures when it is null, and returns the number of target
@@ -67,7 +66,8 @@ class TextEncoding {
     int failedCharacters() const { return failedCharacters_; }
 
     /// Why the last conversion failed, an errno value: EFBIG when its result would be longer than
-    /// INT32_MAX units; 0 when it did not.
+    /// INT32_MAX units, E2BIG when the target was full before the end of the source, or what
+    /// converterError() gives; 0 when it did not.
     int error() const { return error_; }
 
   private:

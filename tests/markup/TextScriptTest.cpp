@@ -1,6 +1,6 @@
 // Operations without state, for the scripts about characters, encodings and escaping.
 
-#include <climits>
+#include <ctime>
 #include <gtest/gtest.h>
 #include <map>
 
@@ -28,8 +28,37 @@ std::string ragged(const A& a) {
     return script::answer(told) + " " + std::to_string(trailing);
 }
 
+std::string repeated(const std::string& text, int times) {
+    std::string all;
+    for (; times > 0; --times) {
+        all += text;
+    }
+    return all;
+}
+
+/// Converts a text behind so many others that it lies across the ends of pieces and of the buffers
+/// that the system's converters may have inside (8160 and 16320 characters), and many of it: each
+/// time it becomes what it becomes alone. Not so where the time for a fault depends on what
+/// follows.
+std::string placed(const A& a) {
+    const std::string alone = convert(a[0], a[1], a[2]);
+    const std::clock_t start = std::clock();
+    for (const int end : {64, 1024, 8160, 16320}) {
+        for (int before = end - 10; before <= end; ++before) {
+            const std::string text = std::string(static_cast<std::size_t>(before), 'x');
+            require(convert(a[0], a[1], text + a[2]) == convert(a[0], a[1], text) + alone,
+                    "behind " + std::to_string(before));
+        }
+    }
+    require(convert(a[0], a[1], repeated(a[2], 150000)) == repeated(alone, 150000), "repeated");
+    require(std::clock() - start < 4 * CLOCKS_PER_SEC, "in time");
+    return alone;
+}
+
+/// How many characters of a text repeated some times are told to be lost, twice.
 std::string failed(const A& a) {
-    TextEncoding encoding(a[0], a[2].data(), size(a[2]));
+    const std::string text = repeated(a[2], a.size() > 3 ? std::stoi(a[3]) : 1);
+    TextEncoding encoding(a[0], text.data(), size(text));
     std::string out(static_cast<std::size_t>(encoding.PerformConversion(nullptr, a[1])), '\0');
     encoding.PerformConversion(out.data(), nullptr);
     const int first = encoding.failedCharacters();
@@ -103,6 +132,8 @@ std::string lostCharacters(const A& a) {
 // clang-format off
 const std::map<std::string, script::Operation> operations{
     {"convert", [](const A& a) { return convert(a[0], a[1], a[2]); }},
+    {"placed", placed},
+    {"error", [](const A& a) { return std::to_string(TextEncoding::converterError(a[1], a[0])); }},
     {"failed", failed},
     {"ragged", ragged},
     {"iconvname", iconvName},
