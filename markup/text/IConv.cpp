@@ -22,6 +22,8 @@
 #include "markup/text/IConv.h"
 
 #include <errno.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <bit>
@@ -57,20 +59,36 @@ struct PreparedName {
     bool isUsable;
 };
 
-// Throws std::bad_alloc when memory does not suffice: a text must not pass for one of an unknown
-// encoding then.
-iconv_t openConverter(const char* to, const char* from) {
-    iconv_t handle = ::iconv_open(to, from);
-    if (handle == noConverter && errno == EINVAL) {
-        // Said of unknown names, but also when memory ran out while a converter was being loaded.
-        // Only a second attempt tells them apart.
+// EMFILE or ENFILE when no descriptor can be had, else 0.
+int lackOfDescriptors() {
+    const int descriptor = ::open("/", O_RDONLY | O_CLOEXEC);
+    if (descriptor >= 0) {
+        ::close(descriptor);
+        return 0;
+    }
+    return errno == EMFILE || errno == ENFILE ? errno : 0;
+}
+
+// Opens a converter or tells why there is none. The system says EINVAL of unknown names, but also
+// where it lacks memory or a descriptor (it never needs two) to load a converter, or to read its
+// list of them; a list that it could not read is empty to it from then on. A text must not pass for
+// one of an unknown encoding then, so the system is asked only while both are to be had, and twice.
+int openConverter(iconv_t& handle, const char* to, const char* from) {
+    for (int attempt = 0; attempt < 2; ++attempt) {
         Pages::requireRoom(converterRoom);
+        const int lack = lackOfDescriptors();
+        if (lack != 0) {
+            return lack;
+        }
         handle = ::iconv_open(to, from);
+        if (handle != noConverter) {
+            return 0;
+        }
+        if (errno == ENOMEM) {
+            throw std::bad_alloc();
+        }
     }
-    if (handle == noConverter && errno == ENOMEM) {
-        throw std::bad_alloc();
-    }
-    return handle;
+    return errno;
 }
 
 // Swaps the two bytes of every whole 16-bit unit.
@@ -106,13 +124,11 @@ IConv::IConv(TextArg to, TextArg from, std::size_t targetUnit, std::size_t sourc
     : handle_(noConverter), targetUnit_(targetUnit), sourceUnit_(sourceUnit) {
     const PreparedName toName(to);
     const PreparedName fromName(from);
-    if (toName.isUsable && fromName.isUsable) {
-        handle_ = openConverter(toName.text.data(), fromName.text.data());
-    }
+    const bool isUsable = toName.isUsable && fromName.isUsable;
+    error_ = isUsable ? openConverter(handle_, toName.text.data(), fromName.text.data()) : EINVAL;
     isTargetSwapped_ = toName.isSwapped(to);
     isSourceSwapped_ = fromName.isSwapped(from);
     ignoresFaults_ = toName.view().find("IGNORE") != std::string_view::npos;
-    error_ = handle_ == noConverter ? EINVAL : 0;
 }
 
 IConv::~IConv() {

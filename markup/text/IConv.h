@@ -29,8 +29,9 @@ class IConv {
     IConv& operator=(const IConv&) = delete;
     ~IConv();
 
-    /// Why there is no converter or the run failed, an errno value: EINVAL when the system has none
-    /// for the pair, E2BIG when the target was full before the end of the source; 0 when neither.
+    /// Why no converter could be opened or the run failed, an errno value: EINVAL when there is
+    /// none for the pair, EMFILE or ENFILE when descriptors were wanting to tell, E2BIG when the
+    /// target was full before the end of the source; 0 when all went well.
     int error() const { return error_; }
 
     /// Lets the run give back the memory of what it has read of the source, which lies in `block`,

@@ -39,8 +39,9 @@ class TextEncoding {
     static bool CanConvert(TextArg toEncoding, TextArg fromEncoding) {
         return converterError(toEncoding, fromEncoding) == 0;
     }
-    /// Why no converter for the pair can be opened, an errno value: EINVAL when there is none; 0
-    /// when one can. Throws std::bad_alloc when memory does not suffice to tell.
+    /// Why no converter for the pair can be opened, an errno value: EINVAL when there is none,
+    /// EMFILE or ENFILE when descriptors were wanting to tell; 0 when one can. Throws
+    /// std::bad_alloc when memory was wanting.
     static int converterError(TextArg toEncoding, TextArg fromEncoding);
 
     /// Converts through iconv to the stored target encoding, with the given bytes per unit; target

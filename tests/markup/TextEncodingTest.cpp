@@ -1,4 +1,8 @@
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <cerrno>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <random>
 #include <string>
@@ -46,5 +50,42 @@ TEST(TextEncoding, MakesOfNoiseWhatTheSystemMakesOfIt) {
         checkConversion(name, "UTF-8", source);
         checkConversion("UTF-8", name, convert("GB18030", "UTF-8", source));
         convert("UTF-8", name + "//TRANSLIT//IGNORE", source);
+    }
+}
+
+namespace {
+
+/// Converts with so many free descriptors, then with plenty; 0 when each time the text is right or,
+/// without a descriptor, the lack is told. What the system could not load then must not be taken
+/// for missing later.
+int convertWithDescriptors(rlim_t count) {
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const rlim_t plenty = limit.rlim_cur;
+    const int lowest = dup(STDERR_FILENO);
+    close(lowest);
+    for (const rlim_t most : {static_cast<rlim_t>(lowest) + count, plenty}) {
+        limit.rlim_cur = most;
+        setrlimit(RLIMIT_NOFILE, &limit);
+        TextEncoding encoding("EUC-JP", "\xC6\xFC", 2);
+        std::string out(3, '.');
+        const int length = encoding.PerformConversion(out.data(), "UTF-8");
+        const bool isRight = length == 3 && out == "\xE6\x97\xA5" && encoding.error() == 0;
+        const bool isTold = length == 0 && encoding.error() == EMFILE &&
+                            TextEncoding::converterError("UTF-8", "no-such") == EMFILE;
+        if (most == static_cast<rlim_t>(lowest) ? !isTold : !isRight) {
+            return 1;
+        }
+    }
+    return TextEncoding::converterError("UTF-8", "no-such") == EINVAL ? 0 : 2;
+}
+
+}  // namespace
+
+// In processes of their own, which have not loaded any converter yet.
+TEST(TextEncoding, TellsWantOfDescriptorsFromWantOfAConverter) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    for (rlim_t count = 0; count <= 8; ++count) {
+        EXPECT_EXIT(std::exit(convertWithDescriptors(count)), testing::ExitedWithCode(0), "");
     }
 }
