@@ -71,11 +71,6 @@ def short(text):
     return bytes([min(len(text), 255)]) + text[:255]
 
 
-def named(name):
-    """An encoding written out instead of its number in the table."""
-    return bytes([128 + min(len(name), 127)]) + name[:127]
-
-
 def load():
     moves = bytes(range(10)) * 3 + bytes([0, 1, 2, 1, 0, 0, 4, 255, 255, 6, 1, 0, 0, 3])
     for document in documents():
@@ -94,17 +89,20 @@ def convert():
 
 
 def escape():
-    for arguments in calls("escaping.txt", "unescape", "escape"):
-        yield arguments[0][:1] + arguments[1]
-    for arguments in calls("escaping.txt", "cdata"):
-        yield b"\0" + arguments[0]
+    for arguments in calls("escaping.txt", "unescape", "escape", "cdata"):
+        yield arguments[-1]
 
 
 def encoding():
-    for source, target, text in calls("encodings.txt", "convert"):
-        yield named(source) + named(target) + b"\0" + text
+    for source, target, text in calls("encodings.txt", "convert", "placed"):
+        yield short(source) + short(target) + b"\0" + text
     for source, text in calls("encodings.txt", "ragged"):
-        yield named(source) + named(b"UTF-8") + b"\0" + text
+        yield short(source) + short(b"UTF-8") + b"\0" + text
+    table = (root / "markup/text/EncodingNameTable.cpp").read_text(encoding="utf-8")
+    for name in re.findall(r'\{\d+, "([^"]+)"\}', table):
+        text = b"<a b='c'>\xC3\xA9\xE2\x82\xAC\xA4\xF7\x1B$B0!\x1B(B</a>"
+        yield short(name.encode()) + short(b"UTF-8") + b"\0" + text
+        yield short(b"UTF-8") + short(name.encode()) + b"\0" + text
 
 
 def base():

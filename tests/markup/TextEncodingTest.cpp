@@ -1,6 +1,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -9,42 +10,15 @@
 
 #include "markup/text/EncodingNameTable.h"
 #include "markup/text/TextEncoding.h"
-#include "tests/markup/Convert.h"
-
-TEST(TextEncoding, KeepsToTheRoom) {
-    // Without a measuring call it measures itself; with one, the room is what was measured.
-    std::string out = "......";
-    EXPECT_EQ(TextEncoding("ISO-8859-1", "\xE9\xE8", 2).PerformConversion(out.data(), "UTF-8"), 4);
-    EXPECT_EQ(out, "\xC3\xA9\xC3\xA8..");
-    const struct {
-        const char* measured;
-        const char* converted;
-        const char* result;
-    } rows[] = {{"US-ASCII//IGNORE", "US-ASCII", "ab."},  // no room for the "?"
-                {"US-ASCII//IGNORE", "UTF-8", "ab."},
-                {"no-such", "US-ASCII", "ab?"}};
-    for (const auto& row : rows) {
-        TextEncoding encoding("ISO-8859-1", "ab\xE9", 3);
-        encoding.PerformConversion(nullptr, row.measured);
-        out = "...";
-        const int count = encoding.PerformConversion(out.data(), row.converted);
-        EXPECT_EQ(count, out.ends_with('.') ? 2 : 3);
-        EXPECT_EQ(encoding.error(), out.ends_with('.') ? E2BIG : 0);
-        EXPECT_EQ(out, row.result);
-    }
-    EXPECT_EQ(TextEncoding("UTF-8", nullptr, 7).PerformConversion(nullptr, "ISO-8859-1"), 0);
-    EXPECT_EQ(TextEncoding("UTF-8", "abc", -1).PerformConversion(nullptr, "UTF-16"), 0);
-}
+#include "tests/markup/TextChecks.h"
 
 // Noise through every converter that the system has.
 TEST(TextEncoding, MakesOfNoiseWhatTheSystemMakesOfIt) {
-    std::minstd_rand random(1);
+    std::mt19937 random(1);
     for (const EncodingName& row : markup::allEncodingNames()) {
         std::string source(5000, '\0');
         for (char& c : source) {
-            const auto draw = static_cast<unsigned>(random() >> 8);
-            const unsigned byte = draw >> 8;
-            c = draw % 3 == 0 ? static_cast<char>(byte) : "a \x1B$B(&~{+-"[byte % 12];
+            c = random() % 3 == 0 ? static_cast<char>(random()) : "a \x1B$B(&~{+-"[random() % 12];
         }
         const std::string name(row.name);
         checkConversion(name, "UTF-8", source);
@@ -53,39 +27,45 @@ TEST(TextEncoding, MakesOfNoiseWhatTheSystemMakesOfIt) {
     }
 }
 
-namespace {
-
-/// Converts with so many free descriptors, then with plenty; 0 when each time the text is right or,
-/// without a descriptor, the lack is told. What the system could not load then must not be taken
-/// for missing later.
-int convertWithDescriptors(rlim_t count) {
-    rlimit limit{};
-    getrlimit(RLIMIT_NOFILE, &limit);
-    const rlim_t plenty = limit.rlim_cur;
-    const int lowest = dup(STDERR_FILENO);
-    close(lowest);
-    for (const rlim_t most : {static_cast<rlim_t>(lowest) + count, plenty}) {
-        limit.rlim_cur = most;
-        setrlimit(RLIMIT_NOFILE, &limit);
-        TextEncoding encoding("EUC-JP", "\xC6\xFC", 2);
-        std::string out(3, '.');
-        const int length = encoding.PerformConversion(out.data(), "UTF-8");
-        const bool isRight = length == 3 && out == "\xE6\x97\xA5" && encoding.error() == 0;
-        const bool isTold = length == 0 && encoding.error() == EMFILE &&
-                            TextEncoding::converterError("UTF-8", "no-such") == EMFILE;
-        if (most == static_cast<rlim_t>(lowest) ? !isTold : !isRight) {
-            return 1;
-        }
-    }
-    return TextEncoding::converterError("UTF-8", "no-such") == EINVAL ? 0 : 2;
+// A source that is given back while it is read, here with a pair of surrogates at the end of a part
+// of it, makes the same text.
+TEST(TextEncoding, GivesBackTheSourceThatItReads) {
+    constexpr int length = (1 << 21) + 1;
+    Pages block(std::size_t{length} * 2, Pages::huge);
+    auto* const source = reinterpret_cast<unsigned short*>(block.data());
+    *std::fill_n(source, length - 2, 'x') = 0xD83D;
+    source[length - 1] = 0xDE00;
+    TextEncoding encoding("UTF-16", source, length);
+    encoding.ConsumeSource(block);
+    std::string out(static_cast<std::size_t>(encoding.PerformConversion(nullptr, "UTF-8")), '\0');
+    encoding.PerformConversion(out.data(), nullptr);
+    EXPECT_TRUE(out.ends_with("x\xF0\x9F\x98\x80") && source[0] == 0);
 }
 
-}  // namespace
-
-// In processes of their own, which have not loaded any converter yet.
+// In processes of their own, which have not loaded any converter yet, with so many free descriptors
+// and then with plenty: while there is none, the lack is told. What the system could not load then
+// is not missing later.
 TEST(TextEncoding, TellsWantOfDescriptorsFromWantOfAConverter) {
+    const auto convertWith = [](rlim_t count) {
+        rlimit limit{};
+        getrlimit(RLIMIT_NOFILE, &limit);
+        const auto lowest = static_cast<rlim_t>(dup(STDERR_FILENO));
+        close(static_cast<int>(lowest));
+        for (const rlim_t most : {lowest + count, limit.rlim_cur}) {
+            limit.rlim_cur = most;
+            setrlimit(RLIMIT_NOFILE, &limit);
+            TextEncoding encoding("EUC-JP", "\xC6\xFC", 2);
+            std::string out = "...";
+            encoding.PerformConversion(out.data(), "UTF-8");
+            const std::string wanted = most == lowest ? "..." : "\xE6\x97\xA5";
+            if (out != wanted || encoding.error() != (most == lowest ? EMFILE : 0)) {
+                std::exit(1);
+            }
+        }
+        std::exit(TextEncoding::converterError("no-such", "UTF-8") == EINVAL ? 0 : 2);
+    };
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     for (rlim_t count = 0; count <= 8; ++count) {
-        EXPECT_EXIT(std::exit(convertWithDescriptors(count)), testing::ExitedWithCode(0), "");
+        EXPECT_EXIT(convertWith(count), testing::ExitedWithCode(0), "");
     }
 }
