@@ -22,10 +22,10 @@ namespace charclass {
 inline constexpr std::string_view space = "\t\n\r ";
 
 constexpr std::array<unsigned char, 256> makeTable() {
-    std::array<unsigned char, 256> table{};
-    const auto add = [&table](std::string_view bytes, unsigned char bit) {
+    std::array<unsigned char, 256> classes{};
+    const auto add = [&classes](std::string_view bytes, unsigned char bit) {
         for (const char c : bytes) {
-            auto& entry = table[static_cast<unsigned char>(c)];
+            auto& entry = classes[static_cast<unsigned char>(c)];
             entry = static_cast<unsigned char>(entry | bit);
         }
     };
@@ -33,14 +33,14 @@ constexpr std::array<unsigned char, 256> makeTable() {
     add("ABCDEFGHIJKLMNOPQRSTUVWXYZ:_", ClassNameStart);
     // The test is "above 0x60", so { | } ~ DEL begin a name as well.
     for (unsigned byte = 0x61; byte <= 0xFF; ++byte) {
-        table[byte] = static_cast<unsigned char>(table[byte] | ClassNameStart);
+        classes[byte] = static_cast<unsigned char>(classes[byte] | ClassNameStart);
     }
     add("/>", ClassTagName);
     add("/=>?", ClassAttrName);
     add(">", ClassAttrValue);
     add("!\"'/;<=>?\\", ClassName);
     add(" /=[]", ClassPathName);
-    return table;
+    return classes;
 }
 
 inline constexpr std::array<unsigned char, 256> table = makeTable();

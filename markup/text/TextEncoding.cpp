@@ -1,3 +1,8 @@
+// Which codec converts is told by the code pages of the two names. Among UTF-8, UTF-16 and 32-bit
+// characters the own ones do, which are loose: what they make of faults is required. Every other
+// pair is the system's, UTF-8 to UTF-8 included, so that a text of undoubted UTF-8 comes out. What
+// the system has no 32-bit form of (in host byte order and without a mark) goes through UTF-16.
+
 #include "markup/text/TextEncoding.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// Both ways a text is copied in runs between the characters that matter. What begins with "&" is
+// looked at for as many bytes as a name may have, so that no text takes more than linear time.
+
 #include "markup/text/TextEscape.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// Files are ASCII for the most part, so the sweep goes by blocks as long as they are plain ASCII,
+// and byte by byte through a block that is not.
+
 #include "markup/text/Utf8Sweep.h"
 
 #include <algorithm>
