@@ -17,7 +17,6 @@ class TextBuffer {
         size_ = std::exchange(other.size_, 0);
         return *this;
     }
-    ~TextBuffer() { clear(); }
 
     /// The text; its data pointer is never null, and behind the text lies a NUL.
     std::string_view view() const { return {size_ == 0 ? "" : block_.data(), size_}; }
