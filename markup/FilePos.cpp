@@ -105,7 +105,7 @@ bool FilePos::FileErrorAddResult(int number) {
     std::string_view text = std::strerror(number);
     text = text.substr(0, maxErrorText);
     text = text.substr(0, text.find_first_of("\r\n"));
-    x_AddResult(ioResult, "file_error", text, RESULT_MSG | RESULT_NUMBER, number);
+    x_AddResult(ioResult, ResultFileError, text, RESULT_MSG | RESULT_NUMBER, number);
     return false;
 }
 
@@ -171,7 +171,7 @@ bool FilePos::findEncoding() {
         charUnitSize = bom->unitSize();
         encoding = bom->encoding;
         fileByteOffset = static_cast<std::int64_t>(bom->bytes.size());
-        x_AddResult(ioResult, "bom");
+        x_AddResult(ioResult, ResultBom);
     } else {
         encoding = MarkupDocument::GetDeclaredEncoding(bytes);
         if (encoding.empty() && bytes.front() == '<') {
@@ -202,7 +202,7 @@ bool FilePos::FileReadText(TextBuffer& text) {
     ioResult.clear();
     text.truncate(0);
     if (opByteLength == 0) {
-        x_AddResult(ioResult, "read", encoding, RESULT_ENCODING | RESULT_LENGTH, 0);
+        x_AddResult(ioResult, ResultRead, encoding, RESULT_ENCODING | RESULT_LENGTH, 0);
         return true;
     }
     const bool mayBeRagged = opByteLength < remaining();
@@ -236,7 +236,7 @@ bool FilePos::FileRead(void* buffer) {
     closeUpNulls(buffer);
     if (charUnitSize == 2 && x_EndianSwapRequired(docFlags) != 0) {
         x_EndianSwapUTF16(static_cast<unsigned short*>(buffer), opTextLength);
-        x_AddResult(ioResult, "endian_swap");
+        x_AddResult(ioResult, ResultEndianSwap);
     }
     return true;
 }
@@ -251,7 +251,7 @@ bool FilePos::countRead(void* buffer, std::size_t got) {
         return failed;
     }
     fileByteOffset += opByteLength;
-    x_AddResult(ioResult, "read", encoding, RESULT_ENCODING | RESULT_LENGTH, opTextLength);
+    x_AddResult(ioResult, ResultRead, encoding, RESULT_ENCODING | RESULT_LENGTH, opTextLength);
     return true;
 }
 
@@ -260,7 +260,7 @@ void FilePos::closeUpNulls(void* buffer) {
                          ? removeNulls(static_cast<unsigned short*>(buffer), opTextLength)
                          : removeNulls(static_cast<char*>(buffer), opTextLength);
     if (kept != opTextLength) {
-        x_AddResult(ioResult, "nulls_removed", nullptr, RESULT_COUNT, opTextLength - kept);
+        x_AddResult(ioResult, ResultNullsRemoved, nullptr, RESULT_COUNT, opTextLength - kept);
         opTextLength = kept;
     }
 }
@@ -271,14 +271,14 @@ bool FilePos::FileCheckRaggedEnd(void* buffer) {
     TextEncoding end(charUnitSize == 2 ? "UTF-16" : sourceEncoding(encoding), buffer, opTextLength);
     int trailingBytes = 0;
     if (!end.FindRaggedEnd(trailingBytes)) {
-        x_AddResult(ioResult, "truncation_error", encoding.empty() ? "ANSI" : encoding,
+        x_AddResult(ioResult, ResultTruncationError, encoding.empty() ? "ANSI" : encoding,
                     RESULT_ENCODING);
     } else if (trailingBytes != 0) {
         fileByteOffset -= trailingBytes;
         seekTo(fileByteOffset, SEEK_SET);
         opByteLength -= trailingBytes;
         opTextLength -= trailingBytes / charUnitSize;
-        x_AddResult(ioResult, "read", nullptr, RESULT_MODIFY | RESULT_LENGTH, opTextLength);
+        x_AddResult(ioResult, ResultRead, nullptr, RESULT_MODIFY | RESULT_LENGTH, opTextLength);
     }
     return true;
 }
@@ -333,7 +333,7 @@ bool FilePos::finishUtf8(TextBuffer& text, std::size_t got, std::size_t plain) {
     }
     text.truncate(static_cast<std::size_t>(opTextLength));
     if (plain == got || markup::plainUtf8Length(text.view()) == text.size()) {
-        x_AddResult(ioResult, "converted_to", "UTF-8", RESULT_ENCODING | RESULT_LENGTH,
+        x_AddResult(ioResult, ResultConvertedTo, "UTF-8", RESULT_ENCODING | RESULT_LENGTH,
                     opTextLength);
         return isRead;
     }
@@ -357,7 +357,7 @@ bool FilePos::readUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRagg
         text = std::move(converted);
     }
     if (assumedUtf8) {
-        x_AddResult(ioResult, "utf8_detection");
+        x_AddResult(ioResult, ResultUtf8Detection);
     }
     return isRead;
 }
@@ -372,7 +372,7 @@ bool FilePos::detectEncoding(const TextBuffer& text, bool mayBeRagged) {
         (errorAtEnd && mayBeRagged);
     encoding = isUtf8 ? "UTF-8" : "";
     if (isUtf8) {
-        x_AddResult(ioResult, "read", encoding, RESULT_MODIFY | RESULT_ENCODING);
+        x_AddResult(ioResult, ResultRead, encoding, RESULT_MODIFY | RESULT_ENCODING);
     }
     return !isUtf8 && nonAscii != 0;
 }
@@ -392,9 +392,9 @@ bool FilePos::convertToUtf8(TextBuffer& text, TextArg from, Pages& source, int u
         length = conversion.PerformConversion(text.data(), nullptr);
     }
     text.truncate(static_cast<std::size_t>(length));
-    x_AddResult(ioResult, "converted_to", "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
+    x_AddResult(ioResult, ResultConvertedTo, "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
     if (conversion.failedCharacters() != 0) {
-        x_AddResult(ioResult, "conversion_loss");
+        x_AddResult(ioResult, ResultConversionLoss);
     }
     return true;
 }

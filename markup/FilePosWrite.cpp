@@ -61,7 +61,7 @@ bool FilePos::beginWriting(bool isAppending) {
     }
     fileByteOffset = isAppending ? fileByteLength : static_cast<std::int64_t>(bom->bytes.size());
     // Added also where the mark was there already: required.
-    x_AddResult(ioResult, "bom");
+    x_AddResult(ioResult, ResultBom);
     return true;
 }
 
@@ -81,7 +81,7 @@ bool FilePos::FileWriteText(std::string_view text, int length) {
     }
     length = clampLength(length, text.size());
     if (length == 0) {
-        x_AddResult(ioResult, "write", encoding, RESULT_ENCODING | RESULT_LENGTH, 0);
+        x_AddResult(ioResult, ResultWrite, encoding, RESULT_ENCODING | RESULT_LENGTH, 0);
         return true;
     }
     if (isUtf16()) {
@@ -100,7 +100,7 @@ bool FilePos::writeUtf16(const char* text, int length) {
     const auto units =
         std::make_unique_for_overwrite<unsigned short[]>(static_cast<std::size_t>(opTextLength));
     conversion.PerformConversion(units.get(), nullptr);
-    x_AddResult(ioResult, "converted_from", "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
+    x_AddResult(ioResult, ResultConvertedFrom, "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
     return FileWrite(units.get(), nullptr);
 }
 
@@ -116,9 +116,9 @@ bool FilePos::writeConverted(const char* text, int length) {
     // piece. Into nothing nothing is converted: it would be measured anew.
     opTextLength =
         bytes == 0 ? 0 : conversion.PerformConversion(buffer.get(), nullptr) * unitSizeOf(encoding);
-    x_AddResult(ioResult, "converted_from", "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
+    x_AddResult(ioResult, ResultConvertedFrom, "UTF-8", RESULT_ENCODING | RESULT_LENGTH, length);
     if (conversion.failedCharacters() != 0) {
-        x_AddResult(ioResult, "conversion_loss");
+        x_AddResult(ioResult, ResultConversionLoss);
     }
     return FileWrite(buffer.get(), nullptr);
 }
@@ -142,7 +142,7 @@ bool FilePos::FileWrite(void* buffer, const void* constBuffer) {
                     reinterpret_cast<char*>(units));
     }
     x_EndianSwapUTF16(units, opTextLength);
-    x_AddResult(ioResult, "endian_swap");
+    x_AddResult(ioResult, ResultEndianSwap);
     return writeBytes(units);
 }
 
@@ -156,7 +156,7 @@ bool FilePos::writeBytes(const void* bytes) {
         return FileErrorAddResult();
     }
     fileByteOffset += opByteLength;
-    x_AddResult(ioResult, "write", encoding, RESULT_ENCODING | RESULT_LENGTH, opTextLength);
+    x_AddResult(ioResult, ResultWrite, encoding, RESULT_ENCODING | RESULT_LENGTH, opTextLength);
     return true;
 }
 

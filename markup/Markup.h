@@ -210,7 +210,6 @@ class MarkupDocument {
 
     void forgetRecords() noexcept;
     void resetRecords();
-    void appendResults(const std::string& results);
     ElemPos& addElem(Parse& parse, int start, int tagLength);
     void enter(Parse& parse, std::string_view name) const;
     void openElem(Parse& parse, const TokenPos& token, const NodePos& node);

@@ -49,9 +49,9 @@ bool MarkupDocument::x_ParseDoc() {
         tree_[0].length = static_cast<int>(docText_.size());
         tree_[0].child = first;
         if (first == 0) {
-            x_AddResult(resultText_, "no_root_element");
+            x_AddResult(resultText_, ResultNoRootElement);
         } else if (tree_[first].next != 0) {
-            x_AddResult(resultText_, "root_has_sibling");
+            x_AddResult(resultText_, ResultRootHasSibling);
         }
     }
     pos_ = {};
@@ -97,7 +97,9 @@ int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
             case NodeSyntaxError:
                 tree_[parent].setFlag(ElemFlagIllFormed);
                 tree_[parse.current].setFlag(ElemFlagIllData);
-                appendResults(node.results);
+                for (const Result& result : node.results) {
+                    x_AddResult(resultText_, result);
+                }
                 break;
             case NodeEndOfText:
                 closeUnended(parse, 0, static_cast<int>(docText_.size()));
@@ -105,13 +107,6 @@ int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
             default:
                 break;
         }
-    }
-}
-
-/// Appends results of the tokenizer under the size limit that x_AddResult keeps.
-void MarkupDocument::appendResults(const std::string& results) {
-    if (resultText_.size() < resultLogLimit) {
-        resultText_ += results;
     }
 }
 
@@ -174,7 +169,7 @@ void MarkupDocument::endElem(Parse& parse, const TokenPos& token, const NodePos&
     if (depth == 0) {
         tree_[parse.parent].setFlag(ElemFlagIllFormed);
         tree_[parse.current].setFlag(ElemFlagIllData);
-        x_AddResult(resultText_, "lone_end_tag", token.token(), 0, node.start);
+        x_AddResult(resultText_, ResultLoneEndTag, token.token(), 0, node.start);
         return;
     }
     closeUnended(parse, depth, token.left - 1);
@@ -205,7 +200,7 @@ void MarkupDocument::closeUnended(Parse& parse, int depth, int closedAt) {
             tree_[above].setFlag(ElemFlagIllData);
         }
         liftChildren(tag.elem, above);
-        x_AddResult(resultText_, "unended_start_tag", tag.name(), 0, elem.start, closedAt);
+        x_AddResult(resultText_, ResultUnendedStartTag, tag.name(), 0, elem.start, closedAt);
         lowest = tag.elem;
         parse.current = above;
         parse.tags.pop();

@@ -17,31 +17,31 @@ struct ResultMessage {
 };
 
 constexpr std::array<ResultMessage, 21> resultMessages{{
-    {"root_has_sibling", true, "root element has sibling"},
-    {"no_root_element", true, "no root element"},
-    {"lone_end_tag", true, "lone end tag '{tagname}' at offset {offset}"},
-    {"unended_start_tag", true,
+    {ResultRootHasSibling, true, "root element has sibling"},
+    {ResultNoRootElement, true, "no root element"},
+    {ResultLoneEndTag, true, "lone end tag '{tagname}' at offset {offset}"},
+    {ResultUnendedStartTag, true,
      "start tag '{tagname}' at offset {offset} expecting end tag at offset {offset2}"},
-    {"first_tag_syntax", true, "tag syntax error at offset {offset} expecting tag name / ! or ?"},
-    {"exclamation_tag_syntax", true,
+    {ResultFirstTagSyntax, true, "tag syntax error at offset {offset} expecting tag name / ! or ?"},
+    {ResultExclamationTagSyntax, true,
      "tag syntax error at offset {offset} expecting 'DOCTYPE' [ or -"},
-    {"doctype_tag_syntax", true,
+    {ResultDoctypeTagSyntax, true,
      "tag syntax error at offset {offset} expecting markup declaration"},
-    {"comment_tag_syntax", true,
+    {ResultCommentTagSyntax, true,
      "tag syntax error at offset {offset} expecting - to begin comment"},
-    {"cdata_section_syntax", true, "tag syntax error at offset {offset} expecting 'CDATA'"},
-    {"unterminated_tag_syntax", true, "unterminated tag at offset {offset}"},
-    {"file_error", false, "{msg}"},
-    {"bom", false, "BOM +"},
-    {"read", false, "{encoding }length {length}"},
-    {"write", false, "{encoding }length {length}"},
-    {"converted_to", false, "to {encoding }length {length}"},
-    {"converted_from", false, "{encoding }length {length} to"},
-    {"nulls_removed", false, "removed {count} nulls"},
-    {"conversion_loss", false, "(chars lost in conversion!)"},
-    {"utf8_detection", false, "(used UTF-8 detection)"},
-    {"endian_swap", false, "endian swap"},
-    {"truncation_error", false, "encoding {encoding} adjustment error"},
+    {ResultCDataSectionSyntax, true, "tag syntax error at offset {offset} expecting 'CDATA'"},
+    {ResultUnterminatedTagSyntax, true, "unterminated tag at offset {offset}"},
+    {ResultFileError, false, "{msg}"},
+    {ResultBom, false, "BOM +"},
+    {ResultRead, false, "{encoding }length {length}"},
+    {ResultWrite, false, "{encoding }length {length}"},
+    {ResultConvertedTo, false, "to {encoding }length {length}"},
+    {ResultConvertedFrom, false, "{encoding }length {length} to"},
+    {ResultNullsRemoved, false, "removed {count} nulls"},
+    {ResultConversionLoss, false, "(chars lost in conversion!)"},
+    {ResultUtf8Detection, false, "(used UTF-8 detection)"},
+    {ResultEndianSwap, false, "endian swap"},
+    {ResultTruncationError, false, "encoding {encoding} adjustment error"},
 }};
 
 const ResultMessage* findMessage(std::string_view name) {
@@ -76,99 +76,80 @@ std::string fillMessage(std::string_view message, const MarkupDocument& log) {
     return filled;
 }
 
-/// The attributes of one record, in the order in which they are written.
-class Attributes {
-  public:
-    Attributes(TextArg value, int resultCode, int number, int number2) {
-        if (!value.isNull()) {
-            add(valueName(resultCode), EscapeText(value, EscapeFlagQuotes));
-        }
-        const std::string_view name = numberName(resultCode);
-        if (name != "offset" || number != -1) {
-            add(name, std::to_string(number));
-        }
-        if (number2 != -1) {
-            add("offset2", std::to_string(number2));
-        }
-    }
+std::string_view valueName(int code) {
+    return (code & RESULT_TYPE) != 0       ? "type"
+           : (code & RESULT_ENCODING) != 0 ? "encoding"
+           : (code & RESULT_MSG) != 0      ? "msg"
+                                           : "tagname";
+}
 
-    struct Attribute {
-        std::string_view name;
-        std::string value;
-    };
-    const Attribute* begin() const { return attributes_.data(); }
-    const Attribute* end() const { return attributes_.data() + count_; }
+std::string_view numberName(int code) {
+    return (code & RESULT_NUMBER) != 0   ? "n"
+           : (code & RESULT_COUNT) != 0  ? "count"
+           : (code & RESULT_LENGTH) != 0 ? "length"
+                                         : "offset";
+}
 
-  private:
-    static std::string_view valueName(int code) {
-        return (code & RESULT_TYPE) != 0       ? "type"
-               : (code & RESULT_ENCODING) != 0 ? "encoding"
-               : (code & RESULT_MSG) != 0      ? "msg"
-                                               : "tagname";
+/// Calls `set(name, value)` for each attribute of a result, in the order in which they are written.
+template <class Set>
+void forEachAttribute(const Result& result, Set set) {
+    if (!result.value.isNull()) {
+        set(valueName(result.code), EscapeText(result.value, EscapeFlagQuotes));
     }
-    static std::string_view numberName(int code) {
-        return (code & RESULT_NUMBER) != 0   ? "n"
-               : (code & RESULT_COUNT) != 0  ? "count"
-               : (code & RESULT_LENGTH) != 0 ? "length"
-                                             : "offset";
+    const std::string_view number = numberName(result.code);
+    if (number != "offset" || result.number != -1) {
+        set(number, std::to_string(result.number));
     }
-    void add(std::string_view name, std::string value) {
-        attributes_[count_++] = {name, std::move(value)};
+    if (result.number2 != -1) {
+        set("offset2", std::to_string(result.number2));
     }
+}
 
-    std::array<Attribute, 3> attributes_;
-    std::size_t count_ = 0;
-};
-
-std::string writeAttribute(const Attributes::Attribute& attribute) {
-    std::string text(1, ' ');
-    text.append(attribute.name).append("=\"").append(attribute.value).append("\"");
-    return text;
+std::string writeAttribute(std::string_view name, const std::string& value) {
+    return std::string(" ").append(name).append("=\"").append(value).append("\"");
 }
 
 /// Sets an attribute of the record whose "<" is at `start`: in place when the record has it, else
 /// behind the others.
-void setAttribute(std::string& log, int start, const Attributes::Attribute& attribute) {
+void setAttribute(std::string& log, int start, std::string_view name, const std::string& value) {
     NodePos record;
     TokenPos(log, 0, start).ParseNode(record);
     const auto end = static_cast<std::size_t>(start) + static_cast<std::size_t>(record.length);
     TokenPos token(std::string_view(log).substr(0, end), 0, start + 1);
-    if (token.FindAttrib(attribute.name)) {
-        log.replace(static_cast<std::size_t>(token.left), token.token().size(), attribute.value);
+    if (token.FindAttrib(name)) {
+        log.replace(static_cast<std::size_t>(token.left), token.token().size(), value);
     } else {
-        log.insert(end - (record.flags == NodeFlagEmpty ? 2 : 1), writeAttribute(attribute));
+        log.insert(end - (record.flags == NodeFlagEmpty ? 2 : 1), writeAttribute(name, value));
     }
 }
 
-void amendRecord(std::string& log, TextArg name, const Attributes& attributes) {
+void amendRecord(std::string& log, const Result& result) {
     MarkupDocument document;
     document.SetDoc(log);
-    if (document.FindElem(name)) {
+    if (document.FindElem(result.name)) {
         const int start = document.record(document.position().main).start;
-        for (const Attributes::Attribute& attribute : attributes) {
-            setAttribute(log, start, attribute);
-        }
+        forEachAttribute(result, [&](std::string_view name, const std::string& value) {
+            setAttribute(log, start, name, value);
+        });
     }
 }
 
 }  // namespace
 
-void x_AddResult(std::string& log, TextArg name, TextArg value, int resultCode, int number,
-                 int number2) {
+void x_AddResult(std::string& log, const Result& result) {
     if (log.size() >= resultLogLimit) {
         return;
     }
-    const Attributes attributes(value, resultCode, number, number2);
-    if ((resultCode & RESULT_MODIFY) != 0) {
-        amendRecord(log, name, attributes);
+    if ((result.code & RESULT_MODIFY) != 0) {
+        amendRecord(log, result);
         return;
     }
     // Added as a whole: half a record, left where memory runs out, would swallow the next one.
     std::string record("<");
-    record.append(name.view());
-    for (const Attributes::Attribute& attribute : attributes) {
-        record += writeAttribute(attribute);
-    }
+    record.append(result.name);
+    forEachAttribute(result, [&](std::string_view name, const std::string& value) {
+        record += writeAttribute(name, value);
+    });
     log += record.append("/>");
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "markup/ResultLog.h"
 #include "markup/text/CharClass.h"
 #include "markup/text/NameCompare.h"
 
@@ -139,7 +138,7 @@ int TokenPos::ParseNode(NodePos& node) {
         case '!':
             return parseDeclaration(node);
         default:
-            return parseSyntaxError(node, "first_tag_syntax", start + 1);
+            return parseSyntaxError(node, ResultFirstTagSyntax, start + 1);
     }
 }
 
@@ -218,14 +217,14 @@ int TokenPos::parseDeclaration(NodePos& node) {
     switch (rest[0]) {
         case '-':
             return rest[1] == '-' ? parseDelimited(node, NodeComment, 4, "-->")
-                                  : parseSyntaxError(node, "comment_tag_syntax", start + 3);
+                                  : parseSyntaxError(node, ResultCommentTagSyntax, start + 3);
         case '[':
             return rest[1] == 'C' ? parseDelimited(node, NodeCDataSection, 4, "]]>")
-                                  : parseSyntaxError(node, "cdata_section_syntax", start + 3);
+                                  : parseSyntaxError(node, ResultCDataSectionSyntax, start + 3);
         case 'D':
             return parseDocumentType(node);
         default:
-            return parseSyntaxError(node, "exclamation_tag_syntax", start + 2);
+            return parseSyntaxError(node, ResultExclamationTagSyntax, start + 2);
     }
 }
 
@@ -257,7 +256,7 @@ int TokenPos::parseDocumentType(NodePos& node) {
         if (inSubset && c == '<') {
             const std::size_t end = skipSubsetMarkup(pos);
             if (end == pos) {
-                return parseSyntaxError(node, "doctype_tag_syntax", pos + 2);
+                return parseSyntaxError(node, ResultDoctypeTagSyntax, pos + 2);
             }
             pos = end;
             continue;
@@ -323,7 +322,7 @@ std::size_t TokenPos::skipDeclaration(std::size_t pos) const {
 
 /// Makes the node a syntax error that ends at the next ">", or before the next "<", from `from` on.
 int TokenPos::parseSyntaxError(NodePos& node, std::string_view result, std::size_t from) {
-    x_AddResult(node.results, result, nullptr, 0, node.start);
+    node.results.push_back({result, nullptr, 0, node.start});
     const std::size_t stop = text_.find_first_of("<>", from);
     if (stop == npos) {
         return unterminated(node, "tag");
@@ -332,6 +331,6 @@ int TokenPos::parseSyntaxError(NodePos& node, std::string_view result, std::size
 }
 
 int TokenPos::unterminated(NodePos& node, std::string_view openKind) {
-    x_AddResult(node.results, "unterminated_tag_syntax", openKind, RESULT_TYPE, node.start);
+    node.results.push_back({ResultUnterminatedTagSyntax, openKind, RESULT_TYPE, node.start});
     return endNode(node, NodeSyntaxError, text_.size());
 }

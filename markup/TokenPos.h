@@ -2,18 +2,20 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "markup/DocFlags.h"
 #include "markup/NodeTypes.h"
+#include "markup/Result.h"
 #include "markup/text/TextArg.h"
 
 /// One node as the tokenizer found it.
 struct NodePos {
-    int type = 0;         ///< a `NodeType` bit or a `TokenizerResult`
-    int start = 0;        ///< offset of the first byte
-    int length = 0;       ///< in bytes
-    int flags = 0;        ///< `NodeFlagEmpty` or 0
-    std::string results;  ///< result records of this node, in the form of the result log
+    int type = 0;                 ///< a `NodeType` bit or a `TokenizerResult`
+    int start = 0;                ///< offset of the first byte
+    int length = 0;               ///< in bytes
+    int flags = 0;                ///< `NodeFlagEmpty` or 0
+    std::vector<Result> results;  ///< for the result log, in this order
 };
 
 /// Token flag, beside the document flags: the current token was read from within quotes.

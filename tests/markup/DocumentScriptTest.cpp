@@ -41,6 +41,7 @@ class Script {
             {"tree", [](S& s, const A&) { return s.tree(); }},
             {"nodes", [](S&, const A& a) { return nodes(a[0]); }},
             {"log", [](S& s, const A&) { return s.doc.GetResult(); }},
+            {"logend", [](S& s, const A&) { return s.doc.GetResult().substr(s.doc.GetResult().rfind('<')); }},
             {"error", [](S& s, const A&) { return s.doc.GetError(); }},
             {"find", [](S& s, const A& a) { return answer(s.doc.FindElem(name(a))); }},
             {"child", [](S& s, const A& a) { return answer(s.doc.FindChildElem(name(a))); }},
@@ -146,8 +147,12 @@ class Script {
         NodePos node;
         std::ostringstream out;
         while (token.ParseNode(node) != NodeEndOfText) {
+            std::string log;
+            for (const Result& result : node.results) {
+                x_AddResult(log, result);
+            }
             out << (node.start == 0 ? "" : " ") << node.type << ':' << node.start << '+'
-                << node.length << (node.flags == NodeFlagEmpty ? "/" : "") << node.results;
+                << node.length << (node.flags == NodeFlagEmpty ? "/" : "") << log;
         }
         return out.str();
     }
