@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "markup/ResultLog.h"
+#include "markup/ResultMessages.h"
 #include "markup/text/EncodingNameTable.h"
 #include "markup/text/TextEncoding.h"
 #include "markup/text/UnicodeCodec.h"

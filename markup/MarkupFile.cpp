@@ -10,19 +10,6 @@
 
 namespace {
 
-/// Adds the result of a failed allocation; in the place of the others where there is no memory for
-/// more than a document's log has had from the start.
-void addOutOfMemory(std::string& results) noexcept {
-    try {
-        results.reserve(results.size() + outOfMemoryResult.size());
-    } catch (const std::bad_alloc&) {
-        results.clear();
-    }
-    if (results.capacity() - results.size() >= outOfMemoryResult.size()) {
-        results += outOfMemoryResult;
-    }
-}
-
 /// Reads the whole of an open file into `text` and closes it.
 bool readOpenFile(FilePos& file, TextBuffer& text) {
     bool isRead = false;
@@ -68,7 +55,7 @@ bool readFile(TextArg path, TextBuffer& text, std::string& results, int& flags,
         return isRead;
     } catch (const std::bad_alloc&) {
         text.clear();
-        addOutOfMemory(results);
+        markup::addOutOfMemory(results);
         return false;
     }
 }
@@ -94,7 +81,7 @@ bool writeFile(TextArg path, std::string_view text, std::string& results, int& f
         flags = file.docFlags;
         return isWritten && isClosed;
     } catch (const std::bad_alloc&) {
-        addOutOfMemory(results);
+        markup::addOutOfMemory(results);
         return false;
     }
 }
@@ -159,7 +146,7 @@ bool MarkupDocument::Load(TextArg path) {
     } catch (const std::bad_alloc&) {
         forgetRecords();
         docText_.clear();
-        addOutOfMemory(resultText_);
+        markup::addOutOfMemory(resultText_);
         return false;
     }
 }
@@ -176,7 +163,7 @@ bool MarkupDocument::ReadTextFile(TextArg path, std::string& text, std::string* 
         return isRead;
     } catch (const std::bad_alloc&) {
         std::string().swap(text);
-        addOutOfMemory(log);
+        markup::addOutOfMemory(log);
         return false;
     }
 }

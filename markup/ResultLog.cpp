@@ -1,80 +1,15 @@
+// A log is short and hardly ever amended, so it is kept as nothing but its text: a new record is
+// appended, and one to be amended or read is found by walking the text with the tokenizer.
+
 #include "markup/ResultLog.h"
 
-#include <array>
-#include <string_view>
+#include <new>
 
-#include "markup/Markup.h"
+#include "markup/OpenTagStack.h"
+#include "markup/TokenPos.h"
 #include "markup/text/TextEscape.h"
 
 namespace {
-
-/// How a result reads for people. "{name}" stands for the attribute of that name, "{name }" for
-/// the attribute and a space, or nothing when it is empty.
-struct ResultMessage {
-    std::string_view name;
-    bool isParseError;
-    std::string_view message;
-};
-
-constexpr std::array<ResultMessage, 21> resultMessages{{
-    {ResultRootHasSibling, true, "root element has sibling"},
-    {ResultNoRootElement, true, "no root element"},
-    {ResultLoneEndTag, true, "lone end tag '{tagname}' at offset {offset}"},
-    {ResultUnendedStartTag, true,
-     "start tag '{tagname}' at offset {offset} expecting end tag at offset {offset2}"},
-    {ResultFirstTagSyntax, true, "tag syntax error at offset {offset} expecting tag name / ! or ?"},
-    {ResultExclamationTagSyntax, true,
-     "tag syntax error at offset {offset} expecting 'DOCTYPE' [ or -"},
-    {ResultDoctypeTagSyntax, true,
-     "tag syntax error at offset {offset} expecting markup declaration"},
-    {ResultCommentTagSyntax, true,
-     "tag syntax error at offset {offset} expecting - to begin comment"},
-    {ResultCDataSectionSyntax, true, "tag syntax error at offset {offset} expecting 'CDATA'"},
-    {ResultUnterminatedTagSyntax, true, "unterminated tag at offset {offset}"},
-    {ResultFileError, false, "{msg}"},
-    {ResultBom, false, "BOM +"},
-    {ResultRead, false, "{encoding }length {length}"},
-    {ResultWrite, false, "{encoding }length {length}"},
-    {ResultConvertedTo, false, "to {encoding }length {length}"},
-    {ResultConvertedFrom, false, "{encoding }length {length} to"},
-    {ResultNullsRemoved, false, "removed {count} nulls"},
-    {ResultConversionLoss, false, "(chars lost in conversion!)"},
-    {ResultUtf8Detection, false, "(used UTF-8 detection)"},
-    {ResultEndianSwap, false, "endian swap"},
-    {ResultTruncationError, false, "encoding {encoding} adjustment error"},
-}};
-
-const ResultMessage* findMessage(std::string_view name) {
-    for (const ResultMessage& row : resultMessages) {
-        if (row.name == name) {
-            return &row;
-        }
-    }
-    return nullptr;
-}
-
-/// Fills the placeholders of a message with the attributes of the current record of `log`.
-std::string fillMessage(std::string_view message, const MarkupDocument& log) {
-    std::string filled;
-    while (!message.empty()) {
-        const std::size_t open = message.find('{');
-        filled += message.substr(0, open);
-        if (open == std::string_view::npos) {
-            break;
-        }
-        const std::size_t close = message.find('}', open);
-        std::string_view placeholder = message.substr(open + 1, close - open - 1);
-        const bool spaced = placeholder.ends_with(' ');
-        placeholder.remove_suffix(spaced ? 1 : 0);
-        const std::string value = log.GetAttrib(placeholder);
-        filled += value;
-        if (spaced && !value.empty()) {
-            filled += ' ';
-        }
-        message.remove_prefix(close + 1);
-    }
-    return filled;
-}
 
 std::string_view valueName(int code) {
     return (code & RESULT_TYPE) != 0       ? "type"
@@ -124,13 +59,13 @@ void setAttribute(std::string& log, int start, std::string_view name, const std:
 }
 
 void amendRecord(std::string& log, const Result& result) {
-    MarkupDocument document;
-    document.SetDoc(log);
-    if (document.FindElem(result.name)) {
-        const int start = document.record(document.position().main).start;
-        forEachAttribute(result, [&](std::string_view name, const std::string& value) {
-            setAttribute(log, start, name, value);
-        });
+    for (const int start : markup::findResults(log)) {
+        if (markup::resultName(log, start) == result.name) {
+            forEachAttribute(result, [&](std::string_view name, const std::string& value) {
+                setAttribute(log, start, name, value);
+            });
+            return;
+        }
     }
 }
 
@@ -153,21 +88,53 @@ void x_AddResult(std::string& log, const Result& result) {
     log += record.append("/>");
 }
 
-std::string markup::renderResults(const std::string& log) {
-    MarkupDocument document;
-    document.SetDoc(log);
-    std::string line;
-    int parseErrors = 0;
-    while (document.FindElem()) {
-        const ResultMessage* const row = findMessage(document.GetTagName());
-        const std::string message = row == nullptr ? "" : fillMessage(row->message, document);
-        if (message.empty() || (row->isParseError && ++parseErrors > 1)) {
-            continue;
-        }
-        if (!line.empty()) {
-            line += ' ';
-        }
-        line += message;
+void markup::addOutOfMemory(std::string& log) noexcept {
+    try {
+        log.reserve(log.size() + outOfMemoryResult.size());
+    } catch (const std::bad_alloc&) {
+        log.clear();
     }
-    return line;
+    if (log.capacity() - log.size() >= outOfMemoryResult.size()) {
+        log += outOfMemoryResult;
+    }
+}
+
+std::vector<int> markup::findResults(std::string_view log) {
+    std::vector<int> starts;
+    OpenTagStack tags(false);
+    TokenPos token(log);
+    NodePos node;
+    while (token.ParseNode(node) != NodeEndOfText) {
+        if (node.type == NodeElement) {
+            starts.push_back(node.start);
+            if (node.flags != NodeFlagEmpty) {
+                tags.push(static_cast<int>(starts.size()), token.token());
+            }
+        } else if (node.type == NodeEndTag) {
+            const int depth = tags.findMatch(token.token());
+            if (depth != 0) {
+                // What has begun since lies in the element that ends here.
+                starts.resize(static_cast<std::size_t>(tags.at(depth).elem));
+            }
+            while (depth != 0 && tags.depth() >= depth) {
+                tags.pop();
+            }
+        }
+    }
+    return starts;
+}
+
+std::string_view markup::resultName(std::string_view log, int start) {
+    TokenPos token(log, 0, start + 1);
+    token.FindName();
+    return token.token();
+}
+
+std::string markup::resultAttribute(std::string_view log, int start, TextArg name) {
+    std::string value;
+    TokenPos token(log, 0, start + 1);
+    if (token.FindAttrib(name)) {
+        appendUnescaped(value, token.token(), 0);
+    }
+    return value;
 }

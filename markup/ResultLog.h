@@ -2,8 +2,13 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "markup/Result.h"
+
+// A result log is a text of empty elements, one per event, with nothing between or around them:
+//
+//     <bom/><read encoding="UTF-8" length="5120"/><lone_end_tag tagname="item" offset="812"/>
 
 /// A result log takes records only while it is shorter than this, in bytes; the record that
 /// crosses the limit is still written whole.
@@ -23,7 +28,17 @@ inline void x_AddResult(std::string& log, TextArg name, TextArg value = nullptr,
 
 namespace markup {
 
-/// Renders a whole log as one line for people; of the parse errors only the first is shown.
-std::string renderResults(const std::string& log);
+/// Adds the result of a failed allocation whatever the limit; in the place of the others where
+/// there is no memory for more than `log` has had before.
+void addOutOfMemory(std::string& log) noexcept;
+
+/// Where the records of a log begin, in order: the elements that lie in no other. Any text may be
+/// given: tags are paired as in a document, and what lies in an element that is never ended counts
+/// as its sibling.
+std::vector<int> findResults(std::string_view log);
+/// The name of the record that begins at `start`.
+std::string_view resultName(std::string_view log, int start);
+/// The unescaped value of an attribute of the record that begins at `start`; "" when it is missing.
+std::string resultAttribute(std::string_view log, int start, TextArg name);
 
 }  // namespace markup

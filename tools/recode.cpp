@@ -16,7 +16,7 @@
 
 #include "markup/DocFlags.h"
 #include "markup/Markup.h"
-#include "markup/ResultLog.h"
+#include "markup/ResultMessages.h"
 #include "markup/text/EncodingNameTable.h"
 #include "markup/text/TextEncoding.h"
 

@@ -17,6 +17,7 @@
 #include "markup/FilePos.h"
 #include "markup/Markup.h"
 #include "markup/ResultLog.h"
+#include "markup/ResultMessages.h"
 #include "tests/Script.h"
 
 namespace {
