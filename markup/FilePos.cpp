@@ -8,11 +8,12 @@
 #include <string_view>
 
 #include "markup/BomTable.h"
+#include "markup/DeclaredEncoding.h"
 #include "markup/DocFlags.h"
-#include "markup/Markup.h"
 #include "markup/ResultLog.h"
 #include "markup/text/EncodingNameTable.h"
 #include "markup/text/TextEncoding.h"
+#include "markup/text/UnicodeCodec.h"
 #include "markup/text/Utf8Sweep.h"
 
 namespace {
@@ -173,7 +174,7 @@ bool FilePos::findEncoding() {
         fileByteOffset = static_cast<std::int64_t>(bom->bytes.size());
         x_AddResult(ioResult, ResultBom);
     } else {
-        encoding = MarkupDocument::GetDeclaredEncoding(bytes);
+        encoding = markup::declaredEncoding(bytes);
         if (encoding.empty() && bytes.front() == '<') {
             encoding = "UTF-8";
         }
@@ -367,9 +368,8 @@ bool FilePos::readUnconverted(TextBuffer& text, bool assumedUtf8, bool mayBeRagg
 bool FilePos::detectEncoding(const TextBuffer& text, bool mayBeRagged) {
     int nonAscii = 0;
     bool errorAtEnd = false;
-    const bool isUtf8 =
-        MarkupDocument::DetectUTF8(text.view().data(), opByteLength, &nonAscii, &errorAtEnd) ||
-        (errorAtEnd && mayBeRagged);
+    const bool isUtf8 = DetectUTF8(text.view().data(), opByteLength, &nonAscii, &errorAtEnd) ||
+                        (errorAtEnd && mayBeRagged);
     encoding = isUtf8 ? "UTF-8" : "";
     if (isUtf8) {
         x_AddResult(ioResult, ResultRead, encoding, RESULT_MODIFY | RESULT_ENCODING);

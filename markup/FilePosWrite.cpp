@@ -5,8 +5,8 @@
 #include <climits>
 
 #include "markup/BomTable.h"
+#include "markup/DeclaredEncoding.h"
 #include "markup/FilePos.h"
-#include "markup/Markup.h"
 #include "markup/ResultLog.h"
 #include "markup/text/EncodingNameTable.h"
 #include "markup/text/TextEncoding.h"
@@ -67,7 +67,7 @@ bool FilePos::beginWriting(bool isAppending) {
 
 void FilePos::chooseEncoding(std::string_view text) {
     if (encoding.empty() && !text.empty()) {
-        encoding = MarkupDocument::GetDeclaredEncoding(text);
+        encoding = markup::declaredEncoding(text);
         if (encoding.empty()) {
             encoding = "UTF-8";
         }

@@ -4,6 +4,7 @@
 #include <climits>
 #include <new>
 
+#include "markup/DeclaredEncoding.h"
 #include "markup/FilePos.h"
 #include "markup/Markup.h"
 #include "markup/ResultLog.h"
@@ -86,50 +87,6 @@ bool writeFile(TextArg path, std::string_view text, std::string& results, int& f
     }
 }
 
-/// The value of "charset=" in the content of a meta element that gives the content type.
-std::string charsetOfMeta(std::string_view document, const NodePos& node) {
-    TokenPos type(document, DocFlagIgnoreCase, node.start + 1);
-    TokenPos content = type;
-    if (!type.FindAttrib("http-equiv") || !type.Match("Content-Type") ||
-        !content.FindAttrib("content")) {
-        return {};
-    }
-    const std::string_view text = content.token();
-    TokenPos value(text, DocFlagIgnoreCase);
-    bool afterCharset = false;
-    bool afterEqual = false;
-    while (true) {
-        if (value.FindName()) {
-            if (afterEqual) {
-                return value.GetTokenText();
-            }
-            afterCharset = value.Match("charset");
-            continue;
-        }
-        const auto mark = static_cast<std::size_t>(value.next++);
-        if (mark == text.size()) {
-            return {};
-        }
-        afterEqual = afterCharset && text[mark] == '=';
-        afterCharset = false;
-    }
-}
-
-/// The "encoding" of an XML declaration; false when the node at the start of `text` is none. A
-/// value whose quote is not closed in the declaration runs on to the next such quote in the text:
-/// this is required, the encoding is then an unknown one.
-bool readXmlDeclaration(std::string_view text, const NodePos& node, std::string& encoding) {
-    TokenPos target(text, DocFlagIgnoreCase, 2);
-    TokenPos attributes = target;
-    if (node.start != 0 || !target.FindName() || !target.Match("xml")) {
-        return false;
-    }
-    if (attributes.FindAttrib("encoding")) {
-        encoding = attributes.token();
-    }
-    return true;
-}
-
 }  // namespace
 
 bool MarkupDocument::Load(TextArg path) {
@@ -185,40 +142,5 @@ bool MarkupDocument::WriteTextFile(TextArg path, const std::string& text, std::s
 }
 
 std::string MarkupDocument::GetDeclaredEncoding(TextArg text) {
-    const std::string_view view = text.view().substr(0, INT_MAX);
-    TokenPos token(view, DocFlagIgnoreCase);
-    NodePos node;
-    std::string encoding;
-    bool inHtml = false;
-    while (true) {
-        switch (token.ParseNode(node)) {
-            case NodeProcessingInstruction:
-                if (readXmlDeclaration(view, node, encoding)) {
-                    return encoding;
-                }
-                break;
-            case NodeElement:
-                if (!inHtml && !token.Match("html")) {
-                    return {};
-                }
-                if (inHtml && token.Match("meta")) {
-                    encoding = charsetOfMeta(view, node);
-                    if (!encoding.empty()) {
-                        return encoding;
-                    }
-                }
-                inHtml = true;
-                break;
-            case NodeEndTag:
-                if (token.Match("head")) {
-                    return {};
-                }
-                break;
-            case NodeSyntaxError:
-            case NodeEndOfText:
-                return {};
-            default:
-                break;
-        }
-    }
+    return markup::declaredEncoding(text.view());
 }
