@@ -8,7 +8,7 @@
 #include "fuzz/Check.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/MemoryFile.h"
-#include "markup/FilePos.h"
+#include "markup/FileReading.h"
 #include "markup/Markup.h"
 #include "tests/markup/TextChecks.h"
 
@@ -17,7 +17,7 @@ namespace {
 /// A text read in blocks is the text.
 void checkBlocks(const std::string& text, unsigned block, MemoryFile& file) {
     file.put(text);
-    FilePos reading(DocFlagReadFile);
+    FileReading reading(0);
     check(reading.FileOpen(file.path()), "the file can be opened");
     reading.encoding = "UTF-8";
     std::string all = text.substr(0, static_cast<std::size_t>(reading.fileByteOffset));

@@ -5,14 +5,15 @@
 #include <new>
 
 #include "markup/DeclaredEncoding.h"
-#include "markup/FilePos.h"
+#include "markup/FileReading.h"
+#include "markup/FileWriting.h"
 #include "markup/Markup.h"
 #include "markup/ResultLog.h"
 
 namespace {
 
 /// Reads the whole of an open file into `text` and closes it.
-bool readOpenFile(FilePos& file, TextBuffer& text) {
+bool readOpenFile(FileReading& file, TextBuffer& text) {
     bool isRead = false;
     if (file.remaining() > INT_MAX) {
         file.ioResult.clear();
@@ -39,8 +40,7 @@ void settleEncoding(FilePos& file, std::string& encoding) {
 bool readFile(TextArg path, TextBuffer& text, std::string& results, int& flags,
               std::string* encoding) {
     try {
-        // Flags left over from writing must not open the file for writing.
-        FilePos file((flags & ~(DocFlagWriteFile | DocFlagAppendFile)) | DocFlagReadFile);
+        FileReading file(flags);
         const bool isOpen = file.FileOpen(path);
         results = file.ioResult;
         text.truncate(0);
@@ -66,7 +66,7 @@ bool readFile(TextArg path, TextBuffer& text, std::string& results, int& flags,
 bool writeFile(TextArg path, std::string_view text, std::string& results, int& flags,
                std::string* encoding) {
     try {
-        FilePos file((flags & ~DocFlagReadFile) | DocFlagWriteFile);
+        FileWriting file(flags);
         const bool isOpen = file.FileOpen(path);
         results = file.ioResult;
         if (!isOpen) {

@@ -14,7 +14,7 @@
 #include <sstream>
 #include <thread>
 
-#include "markup/FilePos.h"
+#include "markup/FileWriting.h"
 #include "markup/Markup.h"
 #include "markup/ResultLog.h"
 #include "markup/ResultMessages.h"
@@ -204,11 +204,12 @@ class Script {
         return answer(ok) + "|" + results + "|" + std::to_string(flags) + "|" + encoding;
     }
 
-    /// Writes pieces through one file object opened under the flags that come first; tells the log
-    /// of each and what is left of the last one, of which only 3 bytes are written.
+    /// Writes pieces through one file object opened under the flags that come first, or not opened
+    /// for "-"; tells the log of each and what is left of the last one, of which only 3 bytes are
+    /// written.
     std::string flush(const script::Arguments& a) const {
-        FilePos file(std::stoi(a[0]));
-        std::string told = answer(file.FileOpen(path_)) + file.ioResult;
+        FileWriting file(a[0] == "-" ? 0 : std::stoi(a[0]));
+        std::string told = answer(a[0] != "-" && file.FileOpen(path_)) + file.ioResult;
         for (std::size_t i = 1; i < a.size(); ++i) {
             std::string piece = a[i];
             const bool isLast = i + 1 == a.size();
