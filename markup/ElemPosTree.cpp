@@ -28,18 +28,48 @@ void ElemPosTree::GrowElemPosTree(int newSize) {
     size_ = newSize;
 }
 
+int ElemPosTree::release(int index) {
+    ElemPos& record = (*this)[index];
+    const int next = record.next;
+    record.levelAndFlags = ElemFlagDeleted;
+    record.next = deleted_;
+    deleted_ = index;
+    return next;
+}
+
+void ElemPosTree::grow() {
+    GrowElemPosTree(std::max({size_ + size_ / 2, size_ + 1, 8}));
+}
+
+void ElemPosTree::reserve(int n) {
+    const int wanted = n == 0 ? free_ + free_ / 2 : n;
+    while (size_ < wanted) {
+        GrowElemPosTree(wanted);
+    }
+}
+
+void ElemPosTree::restart() noexcept {
+    free_ = 1;
+    deleted_ = 0;
+    if (size_ != 0) {
+        (*this)[0] = {};
+    }
+}
+
 void ElemPosTree::Clear() {
     std::vector<Pages>().swap(pages_);
     std::vector<ElemPos*>().swap(records_);
     size_ = 0;
+    free_ = 0;
+    deleted_ = 0;
 }
 
 void ElemPosTree::replacePage(std::size_t index, int keep, int count) {
     // Once a page is full the next one is likely to be, and a full one is just a huge page.
-    const bool isSure = isFullExpected_ || (index > 0 && count == pageRecords);
+    const bool isHuge = index > 0 && count == pageRecords;
     Pages fresh(static_cast<std::size_t>(count) * sizeof(ElemPos),
-                isSure ? Pages::huge : Pages::usual);
-    std::copy_n(records(index), keep, reinterpret_cast<ElemPos*>(fresh.data()));
+                isHuge ? Pages::huge : Pages::usual);
+    std::copy_n(records_[index], keep, reinterpret_cast<ElemPos*>(fresh.data()));
     pages_[index] = std::move(fresh);
     records_[index] = reinterpret_cast<ElemPos*>(pages_[index].data());
 }

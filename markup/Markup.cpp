@@ -3,6 +3,7 @@
 #include <climits>
 #include <cstring>
 
+#include "markup/ElemParser.h"
 #include "markup/ResultLog.h"
 #include "markup/ResultMessages.h"
 #include "markup/text/EncodingNameTable.h"
@@ -20,8 +21,6 @@ void MarkupDocument::x_InitMarkup() {
     docFlags_ = 0;
     pos_ = {};
     attribWalk_ = {};
-    freePos_ = 0;
-    deletedPos_ = 0;
     savedPos_.RemoveAll();
     tree_.Clear();
 }
@@ -50,6 +49,33 @@ bool MarkupDocument::SetDoc(const std::string& text) {
     docText_.assign(text);
     resultText_.clear();
     return x_ParseDoc();
+}
+
+bool MarkupDocument::x_ParseDoc() {
+    forgetRecords();
+    // Before it is known how many elements there will be.
+    constexpr std::size_t bytesForRecord = 64;
+    tree_.reserve(static_cast<int>(docText_.size() / bytesForRecord + 8));
+    tree_.restart();
+    if (!docText_.empty()) {
+        ElemParser parser(tree_, resultText_, hasFlag(DocFlagIgnoreCase));
+        parser.parseDocument(TokenPos(docText_.view(), docFlags_));
+    }
+    return IsWellFormed();
+}
+
+/// Leaves no records but the document's own, without needing memory: what any earlier text left
+/// must not be followed, whatever fails next.
+void MarkupDocument::forgetRecords() noexcept {
+    pos_ = {};
+    attribWalk_ = {};
+    savedPos_.RemoveAll();
+    tree_.restart();
+}
+
+int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
+    ElemParser parser(tree_, resultText_, hasFlag(DocFlagIgnoreCase));
+    return isRecord(parent) ? parser.parse(parent, token) : 0;
 }
 
 bool MarkupDocument::IsWellFormed() const {

@@ -12,8 +12,6 @@
 #include "markup/text/TextArg.h"
 #include "markup/text/TextBuffer.h"
 
-class OpenTagStack;
-
 /// An XML document: its text as one UTF-8 string and, for each element, one record of where it lies
 /// in the text. A document is read by moving a current position over the records and cutting names,
 /// attribute values and data out of the text.
@@ -181,15 +179,18 @@ class MarkupDocument {
     void x_CheckSavedPos();
 
     /// Hands out a record, all zero, growing the tree when it is used up.
-    int x_GetFreePos();
+    int x_GetFreePos() { return tree_.take(); }
     /// Puts a record on the list of deleted ones and returns its former next link; 0 when there is
     /// no such element.
-    int x_ReleasePos(int pos);
+    int x_ReleasePos(int pos) { return isElement(pos) ? tree_.release(pos) : 0; }
     /// Makes room for `n` records; 0 means half as many again as are in use. Always true.
-    bool x_AllocElemPos(int n = 0);
+    bool x_AllocElemPos(int n = 0) {
+        tree_.reserve(n);
+        return true;
+    }
 
     /// Number of records in use, the document's own included; 0 before the first parse.
-    int recordCount() const { return tree_.size() == 0 ? 0 : freePos_; }
+    int recordCount() const { return tree_.count(); }
     /// Record `pos`. Requires: 0 <= pos < recordCount().
     const ElemPos& record(int pos) const { return tree_[pos]; }
     /// True length of the start tag of record `pos`, also where the record keeps only low bits; 0
@@ -201,23 +202,12 @@ class MarkupDocument {
     std::string checkInvariants() const;
 
   private:
-    struct Parse;
-
     bool hasFlag(int flag) const { return (docFlags_ & flag) != 0; }
     bool inFileMode() const { return hasFlag(DocFlagReadFile | DocFlagWriteFile); }
     bool isRecord(int pos) const { return pos >= 0 && pos < recordCount(); }
     bool isElement(int pos) const { return pos > 0 && pos < recordCount(); }
 
     void forgetRecords() noexcept;
-    void resetRecords();
-    ElemPos& addElem(Parse& parse, int start, int tagLength);
-    void enter(Parse& parse, std::string_view name) const;
-    void openElem(Parse& parse, const TokenPos& token, const NodePos& node);
-    void endElem(Parse& parse, const TokenPos& token, const NodePos& node);
-    void closeUnended(Parse& parse, int depth, int closedAt);
-    int lastChild(int pos) const;
-    void linkLastChild(Parse& parse, int pos, ElemPos& elem);
-    void liftChildren(int pos, int parent);
 
     void setPos(int parent, int main, int child);
     bool isOnOtherNode() const { return pos_.nodeLength != 0; }
@@ -235,8 +225,6 @@ class MarkupDocument {
     TextBuffer docText_;
     std::string resultText_;
     Position pos_;
-    int freePos_ = 0;
-    int deletedPos_ = 0;
     int docFlags_ = 0;
     SavedPosMapArray savedPos_;
     /// The attribute last read by number, from which the next is found.
