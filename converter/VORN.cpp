@@ -6,26 +6,9 @@
 
 #include "converter/ElementText.h"
 
-namespace {
-
-/// True when the result log tells that loading ran out of memory. Such a file must not be taken
-/// for one that is missing or empty.
-bool ranOutOfMemory(const MarkupDocument& document) {
-    MarkupDocument log;
-    log.SetDoc(document.GetResult());
-    while (log.FindElem("file_error")) {
-        if (toInteger(log.GetAttrib("n")) == ENOMEM) {
-            return true;
-        }
-    }
-    return false;
-}
-
-}  // namespace
-
 void VORN::init(const char* path, int fileCount, MarkupDocument& document, std::string& fileType) {
-    if (!document.Load(path) && ranOutOfMemory(document)) {
-        throw std::bad_alloc();
+    if (!document.Load(path) && document.GetFileError() == ENOMEM) {
+        throw std::bad_alloc();  // not to be taken for a file that is missing or empty
     }
     document.FindElem();
     const std::string name = document.GetTagName();

@@ -12,6 +12,7 @@ bool FilePos::FileErrorAddResult() {
 
 bool FilePos::FileErrorAddResult(int number) {
     constexpr std::size_t maxErrorText = 100;
+    fileError_ = fileError_ == 0 ? number : fileError_;
     std::string_view text = std::strerror(number);
     text = text.substr(0, maxErrorText);
     text = text.substr(0, text.find_first_of("\r\n"));

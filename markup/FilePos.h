@@ -24,6 +24,9 @@ class FilePos {
     /// The same for error number `number`.
     bool FileErrorAddResult(int number);
 
+    /// The number of the first "file_error" that this object has added, 0 for none.
+    int fileError() const { return fileError_; }
+
     /// Closes the file; false when none was open, and with a "file_error" when closing fails. The
     /// flags of the open state are cleared.
     bool FileClose();
@@ -64,6 +67,7 @@ class FilePos {
     };
 
     std::unique_ptr<std::FILE, Closer> file_;
+    int fileError_ = 0;
 };
 
 /// The flag bit 128 (UTF-16BE) of `flags` as 0 or 1: whether UTF-16 text of such a file has to be

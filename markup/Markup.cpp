@@ -23,6 +23,7 @@ void MarkupDocument::x_InitMarkup() {
     attribWalk_ = {};
     savedPos_.RemoveAll();
     tree_.Clear();
+    fileError_ = 0;
 }
 
 bool MarkupDocument::SetDoc(const char* text) {
@@ -35,6 +36,7 @@ bool MarkupDocument::SetDoc(const char* text) {
     docText_.clear();
     tree_.Clear();
     resultText_.clear();
+    fileError_ = 0;
     return x_ParseDoc();
 }
 
@@ -48,6 +50,7 @@ bool MarkupDocument::SetDoc(const std::string& text) {
     forgetRecords();  // first: there may be no memory for the text
     docText_.assign(text);
     resultText_.clear();
+    fileError_ = 0;
     return x_ParseDoc();
 }
 

@@ -58,6 +58,10 @@ class MarkupDocument {
     std::string GetError() const;
     /// The result log that `GetError` renders: a run of empty elements, one per event.
     const std::string& GetResult() const { return resultText_; }
+    /// Why the last load or save failed: the errno of the first file call that failed, ENOMEM when
+    /// memory ran out; 0 when none did, and once the document has got another text. A load may
+    /// succeed although closing the file failed.
+    int GetFileError() const { return fileError_; }
 
     /// The flags (`DocFlag`); setting them replaces them all and takes effect in later operations.
     int GetDocFlags() const { return docFlags_; }
@@ -224,6 +228,7 @@ class MarkupDocument {
 
     TextBuffer docText_;
     std::string resultText_;
+    int fileError_ = 0;
     Position pos_;
     int docFlags_ = 0;
     SavedPosMapArray savedPos_;

@@ -1,4 +1,5 @@
-// Reading documents and texts from files, and writing them.
+// Files are opened, read or written, and closed within one call; what is known of one meanwhile
+// lives in a FilePos, and what the caller is to know of it in a FileReport.
 
 #include <cerrno>
 #include <climits>
@@ -12,79 +13,82 @@
 
 namespace {
 
-/// Reads the whole of an open file into `text` and closes it.
-bool readOpenFile(FileReading& file, TextBuffer& text) {
-    bool isRead = false;
-    if (file.remaining() > INT_MAX) {
-        file.ioResult.clear();
-        file.FileErrorAddResult(EFBIG);
-    } else {
-        file.opByteLength = static_cast<int>(file.remaining());
-        isRead = file.FileReadText(text);
+/// What a caller learns of a file beside its text.
+struct FileReport {
+    std::string& results;             ///< replaced by the log of all steps
+    int& flags;                       ///< document flags, in and out
+    std::string* encoding = nullptr;  ///< see settleEncoding
+    int error = 0;                    ///< errno of the first call that failed, 0 for none
+};
+
+/// Runs `work`, which reports; where memory runs out it has failed, and the report says so.
+template <class Work>
+bool withinMemory(FileReport& report, Work work) {
+    try {
+        return work();
+    } catch (const std::bad_alloc&) {
+        markup::addOutOfMemory(report.results);
+        report.error = ENOMEM;
+        return false;
     }
-    file.FileClose();
-    return isRead;
 }
 
 /// Lets a caller's encoding override that of a byte file; else tells the caller the file's.
-void settleEncoding(FilePos& file, std::string& encoding) {
-    if (file.charUnitSize == 1 && !encoding.empty()) {
-        file.encoding = encoding;
+void settleEncoding(FilePos& file, std::string* encoding) {
+    if (encoding == nullptr) {
+        return;
+    }
+    if (file.charUnitSize == 1 && !encoding->empty()) {
+        file.encoding = *encoding;
     } else {
-        encoding = file.encoding;
+        *encoding = file.encoding;
     }
 }
 
-/// Opens, reads and closes `path`. `results` is replaced by the log of these steps; `flags` are the
-/// document flags, in and out; `encoding` may be null.
-bool readFile(TextArg path, TextBuffer& text, std::string& results, int& flags,
-              std::string* encoding) {
-    try {
-        FileReading file(flags);
-        const bool isOpen = file.FileOpen(path);
-        results = file.ioResult;
-        text.truncate(0);
-        if (!isOpen) {
-            return false;
-        }
-        if (encoding != nullptr) {
-            settleEncoding(file, *encoding);
-        }
-        const bool isRead = readOpenFile(file, text);
-        results += file.ioResult;
-        flags = file.docFlags;
-        return isRead;
-    } catch (const std::bad_alloc&) {
-        text.clear();
-        markup::addOutOfMemory(results);
+template <class File>
+bool openFile(File& file, TextArg path, FileReport& report) {
+    const bool isOpen = file.FileOpen(path);
+    report.results = file.ioResult;
+    report.error = file.fileError();
+    return isOpen;
+}
+
+bool closeFile(FilePos& file, FileReport& report) {
+    const bool isClosed = file.FileClose();
+    report.results += file.ioResult;
+    report.error = file.fileError();
+    report.flags = file.docFlags;
+    return isClosed;
+}
+
+/// Reads the whole of a file; when it can't be opened, `text` is empty.
+bool readFile(TextArg path, TextBuffer& text, FileReport& report) {
+    FileReading file(report.flags);
+    text.truncate(0);
+    if (!openFile(file, path, report)) {
         return false;
     }
+    settleEncoding(file, report.encoding);
+    file.ioResult.clear();
+    const bool fits = file.remaining() <= INT_MAX || file.FileErrorAddResult(EFBIG);
+    file.opByteLength = static_cast<int>(file.remaining());
+    const bool isRead = fits && file.FileReadText(text);
+    closeFile(file, report);
+    return isRead;
 }
 
-/// Writes `text` to `path`; the other arguments are as for readFile. What was not written to the
-/// last byte is a failure, also when only closing tells.
-bool writeFile(TextArg path, std::string_view text, std::string& results, int& flags,
-               std::string* encoding) {
-    try {
-        FileWriting file(flags);
-        const bool isOpen = file.FileOpen(path);
-        results = file.ioResult;
-        if (!isOpen) {
+/// What was not written to the last byte is a failure, also when only closing tells.
+bool writeFile(TextArg path, std::string_view text, FileReport& report) {
+    return withinMemory(report, [&] {
+        FileWriting file(report.flags);
+        if (!openFile(file, path, report)) {
             return false;
         }
         file.chooseEncoding(text);
-        if (encoding != nullptr) {
-            settleEncoding(file, *encoding);
-        }
+        settleEncoding(file, report.encoding);
         const bool isWritten = file.FileWriteText(text);
-        const bool isClosed = file.FileClose();
-        results += file.ioResult;
-        flags = file.docFlags;
-        return isWritten && isClosed;
-    } catch (const std::bad_alloc&) {
-        markup::addOutOfMemory(results);
-        return false;
-    }
+        return closeFile(file, report) && isWritten;
+    });
 }
 
 }  // namespace
@@ -95,34 +99,30 @@ bool MarkupDocument::Load(TextArg path) {
     }
     // First of all: a load that fails must not leave records of the text that it replaces.
     forgetRecords();
-    if (!readFile(path, docText_, resultText_, docFlags_, nullptr)) {
-        return false;
-    }
-    try {
-        return x_ParseDoc();
-    } catch (const std::bad_alloc&) {
+    FileReport report{resultText_, docFlags_};
+    const bool isLoaded =
+        withinMemory(report, [&] { return readFile(path, docText_, report) && x_ParseDoc(); });
+    fileError_ = report.error;
+    if (!isLoaded && fileError_ == ENOMEM) {
         forgetRecords();
         docText_.clear();
-        markup::addOutOfMemory(resultText_);
-        return false;
     }
+    return isLoaded;
 }
 
 bool MarkupDocument::ReadTextFile(TextArg path, std::string& text, std::string* results, int* flags,
                                   std::string* encoding) {
     std::string ownResults;
     int ownFlags = 0;
-    std::string& log = results != nullptr ? *results : ownResults;
-    TextBuffer buffer;
-    const bool isRead = readFile(path, buffer, log, flags != nullptr ? *flags : ownFlags, encoding);
-    try {
+    FileReport report{results != nullptr ? *results : ownResults,
+                      flags != nullptr ? *flags : ownFlags, encoding};
+    text.clear();
+    return withinMemory(report, [&] {
+        TextBuffer buffer;
+        const bool isRead = readFile(path, buffer, report);
         text = buffer.view();
         return isRead;
-    } catch (const std::bad_alloc&) {
-        std::string().swap(text);
-        markup::addOutOfMemory(log);
-        return false;
-    }
+    });
 }
 
 bool MarkupDocument::Save(TextArg path) {
@@ -130,15 +130,19 @@ bool MarkupDocument::Save(TextArg path) {
         return false;
     }
     int flags = docFlags_;  // the document keeps its own
-    return writeFile(path, docText_.view(), resultText_, flags, nullptr);
+    FileReport report{resultText_, flags};
+    const bool isSaved = writeFile(path, docText_.view(), report);
+    fileError_ = report.error;
+    return isSaved;
 }
 
 bool MarkupDocument::WriteTextFile(TextArg path, const std::string& text, std::string* results,
                                    int* flags, std::string* encoding) {
     std::string ownResults;
     int ownFlags = 0;
-    return writeFile(path, text, results != nullptr ? *results : ownResults,
-                     flags != nullptr ? *flags : ownFlags, encoding);
+    FileReport report{results != nullptr ? *results : ownResults,
+                      flags != nullptr ? *flags : ownFlags, encoding};
+    return writeFile(path, text, report);
 }
 
 std::string MarkupDocument::GetDeclaredEncoding(TextArg text) {

@@ -28,14 +28,6 @@ bool report(const std::string& line, bool succeeded) {
     return succeeded;
 }
 
-/// Whether loading reported a failed file call. That a document is not well-formed is no failure
-/// here: its text is whole.
-bool failedToRead(const MarkupDocument& document) {
-    MarkupDocument log;
-    log.SetDoc(document.GetResult());
-    return log.FindElem("file_error");
-}
-
 /// What an XML declaration may say: a letter, then letters, digits, ".", "_" and "-".
 bool isEncodingName(std::string_view name) {
     const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
@@ -137,7 +129,8 @@ bool saveAs(const MarkupDocument& document, const char* path, std::string encodi
 bool recode(const char* in, const char* out, const char* encoding) {
     MarkupDocument document;
     document.Load(in);
-    if (!report(document.GetError(), !failedToRead(document))) {
+    // That a document is not well-formed is no failure here: its text is whole.
+    if (!report(document.GetError(), document.GetFileError() == 0)) {
         return false;
     }
     if (encoding != nullptr) {
