@@ -21,6 +21,7 @@ void MarkupDocument::x_InitMarkup() {
     docFlags_ = 0;
     pos_ = {};
     attribWalk_ = {};
+    siblingNumbers_.clear();
     savedPos_.RemoveAll();
     tree_.Clear();
     fileError_ = 0;
@@ -72,13 +73,20 @@ bool MarkupDocument::x_ParseDoc() {
 void MarkupDocument::forgetRecords() noexcept {
     pos_ = {};
     attribWalk_ = {};
+    siblingNumbers_.clear();
     savedPos_.RemoveAll();
     tree_.restart();
 }
 
 int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
+    siblingNumbers_.clear();
     ElemParser parser(tree_, resultText_, hasFlag(DocFlagIgnoreCase));
     return isRecord(parent) ? parser.parse(parent, token) : 0;
+}
+
+int MarkupDocument::x_ReleasePos(int pos) {
+    siblingNumbers_.clear();
+    return isElement(pos) ? tree_.release(pos) : 0;
 }
 
 bool MarkupDocument::IsWellFormed() const {

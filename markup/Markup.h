@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "markup/DocFlags.h"
 #include "markup/ElemPosTree.h"
@@ -65,7 +66,10 @@ class MarkupDocument {
 
     /// The flags (`DocFlag`); setting them replaces them all and takes effect in later operations.
     int GetDocFlags() const { return docFlags_; }
-    void SetDocFlags(int flags) { docFlags_ = flags; }
+    void SetDocFlags(int flags) {
+        docFlags_ = flags;
+        siblingNumbers_.clear();
+    }
 
     // ---- Files
 
@@ -174,6 +178,13 @@ class MarkupDocument {
     std::string x_GetTagName(int pos) const { return std::string(tagNameView(pos)); }
     std::string x_GetData(int pos) const;
     std::string x_GetAttrib(int pos, TextArg name) const;
+    /// The absolute path of record `pos`, such as "/r/a[2]/b": each name is followed by the
+    /// element's number among the siblings of that name where it has any, by the case rule of the
+    /// document; "" when there is no such record. The first call for an element numbers all its
+    /// siblings, so that any number of calls together take time linear in the records and the paths
+    /// (but for a logarithm of the names); the numbers, 4 bytes for each record, are kept until the
+    /// records change.
+    std::string x_GetPath(int pos) const;
     /// The name without a copy; valid until the document gets another text.
     std::string_view tagNameView(int pos) const;
     /// The data of record `pos` without a copy where it stands in the text as it is; else it is put
@@ -186,7 +197,7 @@ class MarkupDocument {
     int x_GetFreePos() { return tree_.take(); }
     /// Puts a record on the list of deleted ones and returns its former next link; 0 when there is
     /// no such element.
-    int x_ReleasePos(int pos) { return isElement(pos) ? tree_.release(pos) : 0; }
+    int x_ReleasePos(int pos);
     /// Makes room for `n` records; 0 means half as many again as are in use. Always true.
     bool x_AllocElemPos(int n = 0) {
         tree_.reserve(n);
@@ -223,6 +234,8 @@ class MarkupDocument {
     std::string nodeData() const;
     std::string_view contentOf(std::string_view content, std::string& storage) const;
     TokenPos startTagToken(int pos) const;
+    int siblingNumber(int pos) const;
+    void numberChildren(int parent) const;
     std::string checkRecord(int pos) const;
     std::string checkPosition() const;
 
@@ -239,5 +252,8 @@ class MarkupDocument {
         int priorName = 0;  ///< `TokenPos::priorName`
     };
     mutable AttribWalk attribWalk_;
+    /// By record, its number among the siblings of its name, `onlyOfName`, or 0 for not numbered
+    /// yet; records behind the end are not numbered yet either.
+    mutable std::vector<int> siblingNumbers_;
     ElemPosTree tree_;
 };

@@ -1,10 +1,19 @@
 // Cutting names, attribute values and data out of the document text.
 
 #include <algorithm>
+#include <map>
 
 #include "markup/Markup.h"
+#include "markup/OpenTagStack.h"
 #include "markup/text/CharClass.h"
 #include "markup/text/TextEscape.h"
+
+namespace {
+
+/// The number of an element without siblings of its name.
+constexpr int onlyOfName = -1;
+
+}  // namespace
 
 std::string_view MarkupDocument::slice(int offset, int length) const {
     return docText_.view().substr(static_cast<std::size_t>(offset),
@@ -21,6 +30,52 @@ std::string_view MarkupDocument::tagNameAt(int pos) const {
 
 std::string_view MarkupDocument::tagNameView(int pos) const {
     return isElement(pos) ? tagNameAt(pos) : std::string_view();
+}
+
+std::string MarkupDocument::x_GetPath(int pos) const {
+    std::vector<int> elems;
+    while (isElement(pos) && !tree_[pos].hasFlag(ElemFlagDeleted)) {
+        elems.push_back(pos);
+        pos = tree_[pos].parent;
+    }
+    std::string path;
+    for (; !elems.empty(); elems.pop_back()) {
+        path.append("/").append(tagNameAt(elems.back()));
+        const int number = siblingNumber(elems.back());
+        if (number > 0) {
+            path.append("[").append(std::to_string(number)).append("]");
+        }
+    }
+    return path;
+}
+
+/// The number of record `pos` among the siblings of its name, `onlyOfName` when it has none.
+int MarkupDocument::siblingNumber(int pos) const {
+    siblingNumbers_.resize(static_cast<std::size_t>(recordCount()));
+    int& number = siblingNumbers_[static_cast<std::size_t>(pos)];
+    if (number == 0) {
+        numberChildren(tree_[pos].parent);
+    }
+    return number;
+}
+
+void MarkupDocument::numberChildren(int parent) const {
+    const auto numberOf = [this](int pos) -> int& {
+        return siblingNumbers_[static_cast<std::size_t>(pos)];
+    };
+    std::map<std::string, int> lastOfName;
+    for (int pos = tree_[parent].child; pos != 0; pos = tree_[pos].next) {
+        const std::string_view name = tagNameAt(pos);
+        int& last =
+            lastOfName[hasFlag(DocFlagIgnoreCase) ? markup::foldName(name) : std::string(name)];
+        if (last == 0) {
+            numberOf(pos) = onlyOfName;
+        } else {
+            numberOf(last) = std::max(numberOf(last), 1);
+            numberOf(pos) = numberOf(last) + 1;
+        }
+        last = pos;
+    }
 }
 
 std::string MarkupDocument::GetTagName() const {

@@ -14,21 +14,6 @@ bool closes(std::string_view endName, std::string_view name, bool ignoreCase) {
     return markup::namesEqual(endName, name.substr(0, endName.size()), ignoreCase);
 }
 
-/// Folds case as names are compared: up to the first byte with the high bit set. Two names are
-/// equal by the rule of `x_StrNCmp` exactly when their folded forms are the same bytes.
-std::string foldName(std::string_view name) {
-    std::string folded(name);
-    for (char& c : folded) {
-        if (static_cast<signed char>(c) < 0) {
-            break;
-        }
-        if (c >= 'A' && c <= 'Z') {
-            c = static_cast<char>(c + ('a' - 'A'));
-        }
-    }
-    return folded;
-}
-
 /// Cuts the first segment off `name`: up to the next byte, beyond the first, that may end the name
 /// of an open tag. An empty first segment stands before a name that begins with such a byte.
 std::string_view cutSegment(std::string_view& name, bool isFirst) {
@@ -42,6 +27,19 @@ std::string_view cutSegment(std::string_view& name, bool isFirst) {
 }
 
 }  // namespace
+
+std::string markup::foldName(std::string_view name) {
+    std::string folded(name);
+    for (char& c : folded) {
+        if (static_cast<signed char>(c) < 0) {
+            break;
+        }
+        if (c >= 'A' && c <= 'Z') {
+            c = static_cast<char>(c + ('a' - 'A'));
+        }
+    }
+    return folded;
+}
 
 void OpenTagStack::pop() {
     const int popped = depth();
@@ -61,7 +59,7 @@ int OpenTagStack::findMatch(std::string_view endName) {
         return depth();
     }
     enterPending();
-    const std::string folded = ignoreCase_ ? foldName(endName) : std::string();
+    const std::string folded = ignoreCase_ ? markup::foldName(endName) : std::string();
     std::string_view rest = ignoreCase_ ? std::string_view(folded) : endName;
     int node = 0;
     bool isFirst = true;
@@ -109,7 +107,7 @@ void OpenTagStack::enterPending() {
 void OpenTagStack::enter(int depth) {
     std::string_view rest = at(depth).name();
     if (ignoreCase_) {
-        rest = folded_.emplace_front(foldName(rest));
+        rest = folded_.emplace_front(markup::foldName(rest));
     }
     int node = 0;
     bool isFirst = true;

@@ -59,6 +59,7 @@ class Script {
             {"name", [](S& s, const A&) { return s.doc.GetTagName(); }},
             {"data", [](S& s, const A&) { return s.doc.GetData(); }},
             {"attrib", [](S& s, const A& a) { return s.doc.GetAttrib(name(a)); }},
+            {"pathof", [](S& s, const A& a) { return s.pathOf(std::stoi(a[0])); }},
             {"nth", [](S& s, const A& a) { return s.attribute(std::stoi(a[0])); }},
             {"path", [](S&, const A& a) { return path(a[0]); }},
             {"declared", [](S&, const A& a) { return MarkupDocument::GetDeclaredEncoding(a[0]); }},
@@ -165,6 +166,14 @@ class Script {
         out << p.parent << ' ' << p.main << ' ' << p.child << ' ' << p.nodeType << ' '
             << p.nodeOffset << '+' << p.nodeLength;
         return out.str();
+    }
+
+    /// The path of record `pos`, after those of all records before it were asked for.
+    std::string pathOf(int pos) const {
+        for (int i = 1; i < pos; ++i) {
+            doc.x_GetPath(i);
+        }
+        return doc.x_GetPath(pos);
     }
 
     std::string attribute(int n) const {
