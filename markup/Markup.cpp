@@ -86,7 +86,8 @@ int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
 
 int MarkupDocument::x_ReleasePos(int pos) {
     siblingNumbers_.clear();
-    return isElement(pos) ? tree_.release(pos) : 0;
+    const bool isReleasable = isElement(pos) && !tree_[pos].hasFlag(ElemFlagDeleted);
+    return isReleasable ? tree_.release(pos) : 0;
 }
 
 bool MarkupDocument::IsWellFormed() const {

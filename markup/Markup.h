@@ -196,7 +196,7 @@ class MarkupDocument {
     /// Hands out a record, all zero, growing the tree when it is used up.
     int x_GetFreePos() { return tree_.take(); }
     /// Puts a record on the list of deleted ones and returns its former next link; 0 when there is
-    /// no such element.
+    /// no such element, or it is on the list.
     int x_ReleasePos(int pos);
     /// Makes room for `n` records; 0 means half as many again as are in use. Always true.
     bool x_AllocElemPos(int n = 0) {
