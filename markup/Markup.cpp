@@ -1,7 +1,7 @@
 #include "markup/Markup.h"
 
 #include <climits>
-#include <cstring>
+#include <utility>
 
 #include "markup/ElemParser.h"
 #include "markup/ResultLog.h"
@@ -28,28 +28,26 @@ void MarkupDocument::x_InitMarkup() {
 }
 
 bool MarkupDocument::SetDoc(const char* text) {
-    if (text != nullptr) {
-        return SetDoc(std::string(text));
+    if (text == nullptr && !inFileMode()) {
+        tree_.Clear();
     }
-    if (inFileMode()) {
-        return false;
-    }
-    docText_.clear();
-    tree_.Clear();
-    resultText_.clear();
-    fileError_ = 0;
-    return x_ParseDoc();
+    return setText(text == nullptr ? std::string_view() : std::string_view(text));
 }
 
 bool MarkupDocument::SetDoc(const std::string& text) {
-    if (text.size() > INT_MAX) {
-        return SetDoc(nullptr);
-    }
+    return setText(text);
+}
+
+bool MarkupDocument::setText(std::string_view text) {
     if (inFileMode()) {
         return false;
     }
-    forgetRecords();  // first: there may be no memory for the text
-    docText_.assign(text);
+    // Not in the place of the old text: the new one may lie in it.
+    TextBuffer fresh;
+    if (text.size() <= INT_MAX) {
+        fresh.assign(text);
+    }
+    docText_ = std::move(fresh);
     resultText_.clear();
     fileError_ = 0;
     return x_ParseDoc();

@@ -46,11 +46,12 @@ class MarkupDocument {
     // ---- Text
 
     /// Replaces the text by a copy of `text`, a null pointer giving an empty document, and parses
-    /// it. Returns what `IsWellFormed` returns; false, with nothing changed, while the document is
-    /// in a file mode, and false with an empty document for a text above INT32_MAX bytes.
+    /// it. The text may be the document's own, or a part of it. Returns what `IsWellFormed`
+    /// returns; false, with nothing changed, while the document is in a file mode, and false with
+    /// an empty document for a text above INT32_MAX bytes.
     bool SetDoc(const char* text);
     bool SetDoc(const std::string& text);
-    /// The whole text; valid until the document gets another.
+    /// The whole text, with a NUL behind it; valid until the document gets another.
     std::string_view GetDoc() const { return docText_.view(); }
 
     /// True when the last parse met nothing ill-formed and exactly one top-level element.
@@ -222,6 +223,7 @@ class MarkupDocument {
     bool isRecord(int pos) const { return pos >= 0 && pos < recordCount(); }
     bool isElement(int pos) const { return pos > 0 && pos < recordCount(); }
 
+    bool setText(std::string_view text);
     void forgetRecords() noexcept;
 
     void setPos(int parent, int main, int child);
