@@ -45,71 +45,69 @@ bool TokenPos::FindName() {
 
 /// Moves to the next token inside a tag: a quoted run, the unquoted value after "=" or a name; a
 /// byte that ends names is a token by itself. False at the end of the text.
-bool TokenPos::nextAttribToken(bool afterEqual) {
+bool TokenPos::nextTagToken(bool afterEqual) {
     flags_ &= ~TokenFlagQuoted;
     const std::size_t first = markup::skipClass(text_, position(), ClassSpace);
+    next = static_cast<int>(first);
     if (first == text_.size()) {
-        next = static_cast<int>(first);
         return false;
     }
     if (isQuote(text_[first])) {
         flags_ |= TokenFlagQuoted;
         const std::size_t close = text_.find(text_[first], first + 1);
-        const std::size_t end = close == npos ? text_.size() : close;
+        const std::size_t end = std::min(close, text_.size());
         setToken(first + 1, end);
         next = static_cast<int>(close == npos ? end : end + 1);
         return true;
     }
-    std::size_t end = markup::findClass(text_, first, afterEqual ? ClassAttrValue : ClassAttrName);
-    if (end == first && !afterEqual) {
-        ++end;
-    }
-    setToken(first, end);
-    next = static_cast<int>(end);
+    const CharClass stop = afterEqual ? ClassAttrValue : ClassAttrName;
+    const std::size_t end = markup::findClass(text_, first, stop);
+    setToken(first, end == first && !afterEqual ? end + 1 : end);
+    next = right + 1;
     return true;
 }
 
-bool TokenPos::FindAttrib(TextArg name, int index, std::string* attribName) {
+/// Moves to the next name of an attribute, past quoted runs that stand in its place and values
+/// without a name. False where the tag or the text ends.
+bool TokenPos::nextAttribName() {
     bool afterEqual = false;
-    bool found = false;
-    int number = 0;
-    if (!nextAttribToken(false)) {  // the tag's own name, whatever it is
-        return false;
-    }
-    priorName = left;
-    while (nextAttribToken(afterEqual)) {
-        if (afterEqual) {
-            if (found) {
-                return true;
-            }
-            afterEqual = false;
-            continue;
-        }
-        const bool quoted = (flags_ & TokenFlagQuoted) != 0;
-        const char first = quoted ? '\0' : text_[static_cast<std::size_t>(left)];
-        if (first == '=') {
-            afterEqual = true;
-            continue;
-        }
-        if (found) {
-            break;
-        }
+    while (nextTagToken(afterEqual)) {
+        const char first = afterEqual ? '\0' : firstOfUnquoted();
         if (first == '>' || first == '/' || first == '?') {
             return false;
         }
-        if (quoted) {
-            continue;
+        if (first != '\0' && first != '=') {
+            return true;
         }
-        found = name.isNull() ? number == index : Match(name);
-        if (!found) {
-            priorName = left;
-        } else if (attribName != nullptr) {
-            *attribName = token();
-        }
-        ++number;
+        afterEqual = first == '=';
     }
-    setEmptyToken();
-    return found;
+    return false;
+}
+
+/// Moves from the name of an attribute to its value, an empty token when it has none.
+void TokenPos::moveToValue() {
+    const bool hasValue = nextTagToken(false) && firstOfUnquoted() == '=' && nextTagToken(true);
+    if (!hasValue) {
+        setToken(position(), position());
+    }
+}
+
+bool TokenPos::FindAttrib(TextArg name, int index, std::string* attribName) {
+    if (!nextTagToken(false)) {  // the tag's own name, whatever it is
+        return false;
+    }
+    priorName = left;
+    for (int number = 0; nextAttribName(); ++number) {
+        if (name.isNull() ? number == index : Match(name)) {
+            if (attribName != nullptr) {
+                *attribName = token();
+            }
+            moveToValue();
+            return true;
+        }
+        priorName = left;
+    }
+    return false;
 }
 
 int TokenPos::ParseNode(NodePos& node) {
@@ -158,54 +156,39 @@ int TokenPos::parseRun(NodePos& node) {
     return endNode(node, NodeText, end == npos ? text_.size() : end);
 }
 
-/// Scans a start or end tag to the first ">" outside quotes, by the token rules of `FindAttrib`.
-/// A "/" before the ">" makes it empty, unless the "/" belongs to an unquoted value ("<a b=c/>");
-/// even then it does after white space or a quote.
+/// Scans a start or end tag to the first ">" that is a token of its own.
 int TokenPos::parseTag(NodePos& node, int type) {
-    const bool isStart = type == NodeElement;
-    const std::size_t name = static_cast<std::size_t>(node.start) + (isStart ? 1 : 2);
-    std::size_t pos = markup::findClass(text_, name, ClassAttrName);
-    if (pos < text_.size() && text_[pos] == '>') {
-        setToken(name, pos);
-        return endNode(node, type, pos + 1);
+    const std::size_t name = static_cast<std::size_t>(node.start) + (type == NodeElement ? 1 : 2);
+    const std::size_t firstEnd = markup::findClass(text_, name, ClassAttrName);
+    if (firstEnd < text_.size() && text_[firstEnd] == '>') {  // as in most tags
+        setToken(name, firstEnd);
+        return endNode(node, type, firstEnd + 1);
     }
     // The name that pairs tags may run on behind the first token: "<a=1>" is called "a=1".
-    setToken(name, markup::findClass(text_, pos, ClassTagName));
+    const std::size_t nameEnd = markup::findClass(text_, firstEnd, ClassTagName);
+    next = static_cast<int>(firstEnd);
+    std::size_t valueEnd = 0;
     bool afterEqual = false;
-    std::size_t unquotedValueEnd = npos;
-    while (true) {
-        pos = markup::skipClass(text_, pos, ClassSpace);
-        if (pos == text_.size()) {
-            return unterminated(node, isStart ? "start_tag" : "end_tag");
+    while (nextTagToken(afterEqual)) {
+        const char first = afterEqual ? '\0' : firstOfUnquoted();
+        if (first == '>') {
+            node.flags =
+                type == NodeElement && isEmptyTag(position(), valueEnd) ? NodeFlagEmpty : 0;
+            setToken(name, nameEnd);
+            return endNode(node, type, position());
         }
-        const char c = text_[pos];
-        if (c == '>') {
-            break;
-        }
-        if (isQuote(c)) {
-            const std::size_t close = text_.find(c, pos + 1);
-            if (close == npos) {
-                return unterminated(node, isStart ? "start_tag" : "end_tag");
-            }
-            pos = close + 1;
-            afterEqual = false;
-        } else if (afterEqual) {
-            pos = markup::findClass(text_, pos, ClassAttrValue);
-            unquotedValueEnd = pos;
-            afterEqual = false;
-        } else {
-            afterEqual = c == '=';
-            pos = markup::isClass(c, ClassAttrName) ? pos + 1
-                                                    : markup::findClass(text_, pos, ClassAttrName);
-        }
+        valueEnd = afterEqual ? position() : valueEnd;
+        afterEqual = first == '=';
     }
-    if (isStart && text_[pos - 1] == '/') {
-        const char before = text_[pos - 2];
-        const bool closes =
-            unquotedValueEnd != pos || markup::isClass(before, ClassSpace) || isQuote(before);
-        node.flags = closes ? NodeFlagEmpty : 0;
-    }
-    return endNode(node, type, pos + 1);
+    return unterminated(node, type == NodeElement ? "start_tag" : "end_tag");
+}
+
+/// A "/" before the ">" makes an element empty, unless the "/" belongs to an unquoted value
+/// ("<a b=c/>"); even then it does after white space or a quote.
+bool TokenPos::isEmptyTag(std::size_t tagEnd, std::size_t lastValueEnd) const {
+    const char before = text_[tagEnd - 3];
+    return text_[tagEnd - 2] == '/' &&
+           (lastValueEnd != tagEnd - 1 || markup::isClass(before, ClassSpace) || isQuote(before));
 }
 
 int TokenPos::parseDeclaration(NodePos& node) {
@@ -250,43 +233,44 @@ int TokenPos::parseDelimited(NodePos& node, int type, std::size_t opening,
 /// its declarations; comments and processing instructions in the subset are passed over whole.
 int TokenPos::parseDocumentType(NodePos& node) {
     std::size_t pos = static_cast<std::size_t>(node.start) + 3;
-    bool inSubset = false;
-    while (pos < text_.size()) {
-        const char c = text_[pos];
-        if (inSubset && c == '<') {
-            const std::size_t end = skipSubsetMarkup(pos);
-            if (end == pos) {
-                return parseSyntaxError(node, ResultDoctypeTagSyntax, pos + 2);
-            }
-            pos = end;
-            continue;
+    while ((pos = text_.find_first_of("\"'[>", pos)) != npos) {
+        const char c = text_[pos++];
+        if (c == '>') {
+            return endNode(node, NodeDocumentType, pos);
         }
-        if (inSubset) {
-            inSubset = c != ']';
-        } else if (c == '>') {
-            return endNode(node, NodeDocumentType, pos + 1);
-        } else if (isQuote(c)) {
-            pos = text_.find(c, pos + 1);
-            if (pos == npos) {
-                break;
-            }
-        } else {
-            inSubset = c == '[';
+        if (c != '[') {
+            pos = behind({&c, 1}, pos);
+        } else if (!skipSubset(pos)) {
+            return parseSyntaxError(node, ResultDoctypeTagSyntax, pos + 2);
         }
-        ++pos;
     }
     return unterminated(node, "document_type");
 }
 
+/// The offset behind the first `mark` from `from` on, the text's size when there is none.
+std::size_t TokenPos::behind(std::string_view mark, std::size_t from) const {
+    const std::size_t found = text_.find(mark, from);
+    return found == npos ? text_.size() : found + mark.size();
+}
+
+/// Moves `pos` over the internal subset, to behind its "]". False at a declaration that begins with
+/// none of A, E and N, to whose "<" it moves then.
+bool TokenPos::skipSubset(std::size_t& pos) const {
+    while ((pos = text_.find_first_of("<]", pos)) != npos && text_[pos] == '<') {
+        const std::size_t end = skipSubsetMarkup(pos);
+        if (end == pos) {
+            return false;
+        }
+        pos = end;
+    }
+    pos = pos == npos ? text_.size() : pos + 1;
+    return true;
+}
+
 /// Passes over the mark-up that opens at the "<" at `pos` inside the internal subset. Returns the
-/// offset behind it, the text's size when it does not end, or `pos` for a declaration that begins
-/// with none of A, E and N.
+/// offset behind it, the text's size when it does not end, or `pos` for a wrong declaration.
 std::size_t TokenPos::skipSubsetMarkup(std::size_t pos) const {
     const std::string_view opening = text_.substr(pos, 4);
-    const auto behind = [this](std::string_view terminator, std::size_t from) {
-        const std::size_t found = text_.find(terminator, from);
-        return found == npos ? text_.size() : found + terminator.size();
-    };
     if (opening == "<!--") {
         return behind("-->", pos + 4);
     }
@@ -304,20 +288,14 @@ std::size_t TokenPos::skipSubsetMarkup(std::size_t pos) const {
 }
 
 std::size_t TokenPos::skipDeclaration(std::size_t pos) const {
-    while (true) {
-        pos = text_.find_first_of("\"'>", pos);
-        if (pos == npos) {
-            return text_.size();
+    while ((pos = text_.find_first_of("\"'>", pos)) != npos) {
+        const char c = text_[pos++];
+        if (c == '>') {
+            return pos;
         }
-        if (text_[pos] == '>') {
-            return pos + 1;
-        }
-        pos = text_.find(text_[pos], pos + 1);
-        if (pos == npos) {
-            return text_.size();
-        }
-        ++pos;
+        pos = behind({&c, 1}, pos);
     }
+    return text_.size();
 }
 
 /// Makes the node a syntax error that ends at the next ">", or before the next "<", from `from` on.

@@ -69,19 +69,25 @@ class TokenPos {
     int priorName = 0;
 
   private:
-    bool nextAttribToken(bool afterEqual);
-    void setToken(std::size_t first, std::size_t end);
-    void setEmptyToken() {
-        setToken(static_cast<std::size_t>(next), static_cast<std::size_t>(next));
+    bool nextTagToken(bool afterEqual);
+    bool nextAttribName();
+    void moveToValue();
+    /// The first byte of the current token, NUL for a quoted one. Requires: a token of a tag.
+    char firstOfUnquoted() const {
+        return (flags_ & TokenFlagQuoted) != 0 ? '\0' : text_[static_cast<std::size_t>(left)];
     }
+    void setToken(std::size_t first, std::size_t end);
 
     int parseRun(NodePos& node);
     int parseTag(NodePos& node, int type);
+    bool isEmptyTag(std::size_t tagEnd, std::size_t lastValueEnd) const;
     int parseDeclaration(NodePos& node);
     int parseDelimited(NodePos& node, int type, std::size_t opening, std::string_view terminator);
     int parseDocumentType(NodePos& node);
+    bool skipSubset(std::size_t& pos) const;
     std::size_t skipSubsetMarkup(std::size_t pos) const;
     std::size_t skipDeclaration(std::size_t pos) const;
+    std::size_t behind(std::string_view mark, std::size_t from) const;
     int parseSyntaxError(NodePos& node, std::string_view result, std::size_t from);
     int unterminated(NodePos& node, std::string_view openKind);
     int endNode(NodePos& node, int type, std::size_t end);
