@@ -64,26 +64,28 @@ int ElemParser::lastChild(int pos) const {
     return first == 0 ? 0 : tree_[first].previous;
 }
 
-/// Makes a record for the element that begins with this start tag, as the last child of the
-/// innermost open one; unless it is empty, it becomes the innermost open one itself.
 void ElemParser::openElem(const NodePos& node, std::string_view name) {
-    const int pos = tree_.take();
-    ElemPos& elem = tree_[pos];
-    // A level beyond 16 bits keeps its low bits; it must not run into the flags.
-    const int level = levelBase_ + tags_.depth();
-    elem.start = node.start;
-    elem.length = node.length;
-    elem.setStartTagLength(node.length);
-    elem.levelAndFlags = static_cast<std::uint32_t>(level) & ElemPos::levelMask;
-    linkLastChild(pos, elem);
-    if (first_ == 0) {
-        first_ = pos;
-    }
+    const int pos = addElem(node.start, node.length);
     if ((node.flags & NodeFlagEmpty) == 0) {
         current_ = pos;
         last_ = 0;
         tags_.push(pos, name);
     }
+}
+
+/// Makes a record for the element with this start tag, as the last child of the innermost open one.
+int ElemParser::addElem(int start, int tagLength) {
+    const int pos = tree_.take();
+    ElemPos& elem = tree_[pos];
+    // A level beyond 16 bits keeps its low bits; it must not run into the flags.
+    const int level = levelBase_ + tags_.depth();
+    elem.start = start;
+    elem.length = tagLength;
+    elem.setStartTagLength(tagLength);
+    elem.levelAndFlags = static_cast<std::uint32_t>(level) & ElemPos::levelMask;
+    linkLastChild(pos, elem);
+    first_ = first_ == 0 ? pos : first_;
+    return pos;
 }
 
 /// Links a fresh record, `elem` at `pos`, as the last child of the innermost open element.

@@ -26,6 +26,7 @@ class ElemParser {
 
   private:
     void openElem(const NodePos& node, std::string_view name);
+    int addElem(int start, int tagLength);
     void linkLastChild(int pos, ElemPos& elem);
     void endElem(const NodePos& node, std::string_view name);
     void closeUnended(int depth, int closedAt);

@@ -66,9 +66,8 @@ void ElemPosTree::Clear() {
 
 void ElemPosTree::replacePage(std::size_t index, int keep, int count) {
     // Once a page is full the next one is likely to be, and a full one is just a huge page.
-    const bool isHuge = index > 0 && count == pageRecords;
     Pages fresh(static_cast<std::size_t>(count) * sizeof(ElemPos),
-                isHuge ? Pages::huge : Pages::usual);
+                index > 0 ? Pages::huge : Pages::usual);
     std::copy_n(records_[index], keep, reinterpret_cast<ElemPos*>(fresh.data()));
     pages_[index] = std::move(fresh);
     records_[index] = reinterpret_cast<ElemPos*>(pages_[index].data());
