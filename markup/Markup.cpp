@@ -6,9 +6,6 @@
 #include "markup/ElemParser.h"
 #include "markup/ResultLog.h"
 #include "markup/ResultMessages.h"
-#include "markup/text/EncodingNameTable.h"
-#include "markup/text/TextEncoding.h"
-#include "markup/text/UnicodeCodec.h"
 
 MarkupDocument::MarkupDocument() {
     // So that there is always room to tell that memory ran out.
@@ -102,44 +99,4 @@ bool MarkupDocument::IsWellFormed() const {
 
 std::string MarkupDocument::GetError() const {
     return markup::renderResults(resultText_);
-}
-
-int MarkupDocument::GetEncodingCodePage(TextArg name) {
-    return x_GetEncodingCodePage(name);
-}
-
-bool MarkupDocument::DetectUTF8(const char* text, int length, int* nonAscii, bool* errorAtEnd) {
-    return ::DetectUTF8(text, length, nonAscii, errorAtEnd);
-}
-
-void MarkupDocument::EncodeCharUTF8(int character, char* target, int& length) {
-    ::EncodeCharUTF8(character, target, length);
-}
-
-void MarkupDocument::EncodeCharUTF16(int character, unsigned short* target, int& length) {
-    ::EncodeCharUTF16(character, target, length);
-}
-
-int MarkupDocument::DecodeCharUTF8(const char*& cursor, const char* end) {
-    return ::DecodeCharUTF8(cursor, end);
-}
-
-int MarkupDocument::DecodeCharUTF16(const unsigned short*& cursor, const unsigned short* end) {
-    return ::DecodeCharUTF16(cursor, end);
-}
-
-int MarkupDocument::UTF16To8(char* target, const unsigned short* source, int length) {
-    return ::UTF16To8(target, source, length);
-}
-
-int MarkupDocument::UTF8To16(unsigned short* target, const char* source, int length) {
-    return ::UTF8To16(target, source, length);
-}
-
-std::string MarkupDocument::AToUTF8(TextArg text) {
-    return ::AToUTF8(text);
-}
-
-std::string MarkupDocument::UTF8ToA(TextArg text, int* failedCharacters) {
-    return ::UTF8ToA(text, failedCharacters);
 }

@@ -10,8 +10,11 @@
 #include "markup/PathPos.h"
 #include "markup/SavedPosMap.h"
 #include "markup/TokenPos.h"
+#include "markup/text/EncodingNameTable.h"
 #include "markup/text/TextArg.h"
 #include "markup/text/TextBuffer.h"
+#include "markup/text/TextEncoding.h"
+#include "markup/text/UnicodeCodec.h"
 
 /// An XML document: its text as one UTF-8 string and, for each element, one record of where it lies
 /// in the text. A document is read by moving a current position over the records and cutting names,
@@ -147,17 +150,33 @@ class MarkupDocument {
 
     // ---- Characters and encodings (see UnicodeCodec.h and TextEncoding.h)
 
-    static int GetEncodingCodePage(TextArg name);
+    static int GetEncodingCodePage(TextArg name) { return x_GetEncodingCodePage(name); }
     static bool DetectUTF8(const char* text, int length, int* nonAscii = nullptr,
-                           bool* errorAtEnd = nullptr);
-    static void EncodeCharUTF8(int character, char* target, int& length);
-    static void EncodeCharUTF16(int character, unsigned short* target, int& length);
-    static int DecodeCharUTF8(const char*& cursor, const char* end);
-    static int DecodeCharUTF16(const unsigned short*& cursor, const unsigned short* end);
-    static int UTF16To8(char* target, const unsigned short* source, int length);
-    static int UTF8To16(unsigned short* target, const char* source, int length);
-    static std::string AToUTF8(TextArg text);
-    static std::string UTF8ToA(TextArg text, int* failedCharacters = nullptr);
+                           bool* errorAtEnd = nullptr) {
+        return ::DetectUTF8(text, length, nonAscii, errorAtEnd);
+    }
+    static void EncodeCharUTF8(int character, char* target, int& length) {
+        ::EncodeCharUTF8(character, target, length);
+    }
+    static void EncodeCharUTF16(int character, unsigned short* target, int& length) {
+        ::EncodeCharUTF16(character, target, length);
+    }
+    static int DecodeCharUTF8(const char*& cursor, const char* end) {
+        return ::DecodeCharUTF8(cursor, end);
+    }
+    static int DecodeCharUTF16(const unsigned short*& cursor, const unsigned short* end) {
+        return ::DecodeCharUTF16(cursor, end);
+    }
+    static int UTF16To8(char* target, const unsigned short* source, int length) {
+        return ::UTF16To8(target, source, length);
+    }
+    static int UTF8To16(unsigned short* target, const char* source, int length) {
+        return ::UTF8To16(target, source, length);
+    }
+    static std::string AToUTF8(TextArg text) { return ::AToUTF8(text); }
+    static std::string UTF8ToA(TextArg text, int* failedCharacters = nullptr) {
+        return ::UTF8ToA(text, failedCharacters);
+    }
 
     // ---- Workers
 
@@ -229,10 +248,10 @@ class MarkupDocument {
     void setPos(int parent, int main, int child);
     bool isOnOtherNode() const { return pos_.nodeLength != 0; }
     int nodeSearchStart() const;
-    bool isEndTagOf(int parent, const NodePos& node) const;
+    int nextNode(TokenPos& token, NodePos& node) const;
     std::string_view slice(int offset, int length) const;
     std::string_view tagNameAt(int pos) const;
-    bool isCalled(int pos, const PathPos& path) const;
+    bool isCalled(int pos, std::string_view name) const;
     std::string nodeData() const;
     std::string_view contentOf(std::string_view content, std::string& storage) const;
     TokenPos startTagToken(int pos) const;

@@ -1,4 +1,7 @@
-// Moving the current position over elements and other nodes.
+// Moving the current position over elements and other nodes. Elements are found by the links of
+// their records; the nodes between them have none, and are tokenized again on the way.
+
+#include <algorithm>
 
 #include "markup/Markup.h"
 #include "markup/text/CharClass.h"
@@ -9,10 +12,8 @@ void MarkupDocument::setPos(int parent, int main, int child) {
 }
 
 bool MarkupDocument::FindElem(const PathPos& path) {
-    if (hasFlag(DocFlagWriteFile) || recordCount() == 0) {
-        return false;
-    }
-    const int found = x_FindElem(pos_.parent, pos_.main, path);
+    const bool mayFind = !hasFlag(DocFlagWriteFile) && recordCount() != 0;
+    const int found = mayFind ? x_FindElem(pos_.parent, pos_.main, path) : 0;
     if (found == 0) {
         return false;
     }
@@ -21,41 +22,35 @@ bool MarkupDocument::FindElem(const PathPos& path) {
 }
 
 int MarkupDocument::x_FindElem(int parent, int from, const PathPos& path) const {
-    if (!isRecord(parent) || !isRecord(from) ||
-        (path.type != PathAny && path.type != PathRelative)) {
+    if (!isRecord(parent) || !isRecord(from)) {
         return 0;
     }
     int pos = from != 0 ? tree_[from].next : tree_[parent].child;
     if (path.type == PathAny) {
         return pos;
     }
-    const bool ignoreCase = hasFlag(DocFlagIgnoreCase);
-    while (pos != 0 && !(ignoreCase ? markup::namesEqual(tagNameAt(pos), path.firstName(), true)
-                                    : isCalled(pos, path))) {
+    if (path.type != PathRelative || !path.mayNameTag()) {
+        return 0;
+    }
+    while (pos != 0 && !isCalled(pos, path.firstName())) {
         pos = tree_[pos].next;
     }
     return pos;
 }
 
-/// Whether the tag of record `pos` has the first name of the path, byte by byte: without looking
-/// for the end of the tag's name first.
-bool MarkupDocument::isCalled(int pos, const PathPos& path) const {
+/// Whether the tag of record `pos` has this name, which may be one: its end in the tag need not be
+/// looked for then.
+bool MarkupDocument::isCalled(int pos, std::string_view name) const {
     const std::string_view text = docText_.view();
-    const std::string_view name = path.firstName();
-    const std::size_t first = static_cast<std::size_t>(tree_[pos].start) + 1;
     // A record fresh from x_GetFreePos lies nowhere in the text.
-    if (first > text.size() || !path.mayNameTag() || !text.substr(first).starts_with(name)) {
-        return false;
-    }
+    const std::size_t first = std::min(static_cast<std::size_t>(tree_[pos].start) + 1, text.size());
     const std::size_t end = first + name.size();
-    return end == text.size() || markup::isClass(text[end], ClassName);
+    return markup::namesEqual(text.substr(first, name.size()), name, hasFlag(DocFlagIgnoreCase)) &&
+           (end == text.size() || markup::isClass(text[end], ClassName));
 }
 
 bool MarkupDocument::FindChildElem(TextArg name) {
-    if (inFileMode() || recordCount() == 0) {
-        return false;
-    }
-    if (pos_.main == 0 && !FindElem()) {
+    if (inFileMode() || recordCount() == 0 || (pos_.main == 0 && !FindElem())) {
         return false;
     }
     const int found = x_FindElem(pos_.main, pos_.child, PathPos::parsed(name));
@@ -99,9 +94,22 @@ int MarkupDocument::nodeSearchStart() const {
     return tagLength == tree_[pos_.parent].length ? -1 : tree_[pos_.parent].start + tagLength;
 }
 
-/// Recognised by where the node ends: the end tag length in the record may be cut off.
-bool MarkupDocument::isEndTagOf(int parent, const NodePos& node) const {
-    return parent != 0 && node.start + node.length == tree_[parent].start + tree_[parent].length;
+/// Scans the next node and returns its type as FindNode does; 0 where the parent or the text ends.
+int MarkupDocument::nextNode(TokenPos& token, NodePos& node) const {
+    const ElemPos& parent = tree_[pos_.parent];
+    switch (token.ParseNode(node)) {
+        case NodeEndOfText:
+            return 0;
+        case NodeEndTag:
+            // The parent's is known by where it ends: the length in the record may be cut off.
+            return pos_.parent != 0 && node.start + node.length == parent.start + parent.length
+                       ? 0
+                       : NodeLoneEndTag;
+        case NodeSyntaxError:
+            return NodeError;
+        default:
+            return node.type;
+    }
 }
 
 int MarkupDocument::FindNode(int typeMask) {
@@ -111,33 +119,23 @@ int MarkupDocument::FindNode(int typeMask) {
     }
     TokenPos token(docText_.view(), docFlags_, start);
     NodePos node;
-    int lastElem = pos_.main;
+    int elem = pos_.main;
     while (true) {
-        int type = token.ParseNode(node);
-        if (type == NodeEndOfText || (type == NodeEndTag && isEndTagOf(pos_.parent, node))) {
+        const int type = nextNode(token, node);
+        const bool isElem = type == NodeElement;
+        if (isElem) {
+            elem = elem != 0 ? tree_[elem].next : tree_[pos_.parent].child;
+        }
+        if (type == 0 || (isElem && elem == 0)) {
             return 0;
         }
-        if (type == NodeEndTag) {
-            type = NodeLoneEndTag;
-        } else if (type == NodeSyntaxError) {
-            type = NodeError;
+        if (typeMask == 0 || (typeMask & type) != 0) {
+            pos_ = {pos_.parent, elem, 0, type, isElem ? 0 : node.start, isElem ? 0 : node.length};
+            return type;
         }
-        if (type == NodeElement) {
-            lastElem = lastElem != 0 ? tree_[lastElem].next : tree_[pos_.parent].child;
-            if (lastElem == 0) {
-                return 0;
-            }
-            token.next = tree_[lastElem].start + tree_[lastElem].length;
+        if (isElem) {
+            token.next = tree_[elem].start + tree_[elem].length;
         }
-        if (typeMask != 0 && (typeMask & type) == 0) {
-            continue;
-        }
-        if (type == NodeElement) {
-            setPos(pos_.parent, lastElem, 0);
-        } else {
-            pos_ = {pos_.parent, lastElem, 0, type, node.start, node.length};
-        }
-        return type;
     }
 }
 
@@ -147,12 +145,9 @@ bool MarkupDocument::SavePos(TextArg name, int map) {
         return false;
     }
     SavedPos entry{std::string(name.view()), pos_.parent, 0};
-    if (pos_.child != 0) {
-        entry.pos = pos_.child;
-        entry.flags = SavedPosChild;
-    } else if (pos_.main != 0) {
-        entry.pos = pos_.main;
-        entry.flags = SavedPosMain;
+    if (pos_.main != 0) {
+        entry.pos = pos_.child != 0 ? pos_.child : pos_.main;
+        entry.flags = pos_.child != 0 ? SavedPosChild : SavedPosMain;
     }
     positions->Save(std::move(entry));
     return true;
@@ -164,13 +159,13 @@ bool MarkupDocument::RestorePos(TextArg name, int map) {
     if (entry == nullptr) {
         return false;
     }
-    if (entry->flags == SavedPosChild) {
-        const int main = tree_[entry->pos].parent;
-        setPos(tree_[main].parent, main, entry->pos);
+    const int pos = entry->pos;
+    if (entry->flags == 0) {
+        setPos(pos, 0, 0);
     } else if (entry->flags == SavedPosMain) {
-        setPos(tree_[entry->pos].parent, entry->pos, 0);
+        setPos(tree_[pos].parent, pos, 0);
     } else {
-        setPos(entry->pos, 0, 0);
+        setPos(tree_[tree_[pos].parent].parent, tree_[pos].parent, pos);
     }
     return true;
 }
@@ -180,7 +175,6 @@ bool MarkupDocument::SetMapSize(int size, int map) {
 }
 
 void MarkupDocument::x_CheckSavedPos() {
-    savedPos_.KeepOnly([this](int pos) {
-        return pos >= 0 && pos < recordCount() && !tree_[pos].hasFlag(ElemFlagDeleted);
-    });
+    savedPos_.KeepOnly(
+        [this](int pos) { return isRecord(pos) && !tree_[pos].hasFlag(ElemFlagDeleted); });
 }

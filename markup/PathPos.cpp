@@ -1,23 +1,6 @@
 #include "markup/PathPos.h"
 
-#include <algorithm>
-
 #include "markup/text/CharClass.h"
-
-namespace {
-
-constexpr bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-std::size_t nameEnd(std::string_view text, std::size_t pos) {
-    while (pos < text.size() && !markup::isClass(text[pos], ClassPathName)) {
-        ++pos;
-    }
-    return pos;
-}
-
-}  // namespace
 
 bool PathPos::ParsePath() {
     type = PathAny;
@@ -36,74 +19,66 @@ bool PathPos::ParsePath() {
         return false;
     }
     offset = nameStart;
-    firstName_ = text_.substr(nameStart, nameEnd(text_, nameStart) - nameStart);
-    mayNameTag_ = std::none_of(firstName_.begin(), firstName_.end(),
-                               [](char c) { return markup::isClass(c, ClassName); });
+    const std::size_t nameEnd = markup::findClass(text_, nameStart, ClassPathName);
+    firstName_ = text_.substr(nameStart, nameEnd - nameStart);
+    mayNameTag_ = markup::findClass(firstName_, 0, ClassName) == firstName_.size();
     return true;
 }
 
 bool PathPos::parseSegments() {
-    while (skipName()) {
-        while (at('[')) {
-            if (!parsePredicate()) {
-                return false;
-            }
+    do {
+        if (!parseSegment()) {
+            return false;
         }
         if (offset == text_.size()) {
             return true;
         }
-        if (!at('/')) {
+        if (!take('/')) {
             return false;
         }
-        ++offset;
-        if (at('@')) {
-            attributeOffset = ++offset;
+        if (take('@')) {
+            attributeOffset = offset;
             return skipName() && offset == text_.size();
         }
-        if (type == PathAnywhere) {
-            return false;
-        }
-    }
+    } while (type != PathAnywhere);
     return false;
+}
+
+bool PathPos::parseSegment() {
+    bool isValid = skipName();
+    while (isValid && take('[')) {
+        isValid = parsePredicate() && take(']');
+    }
+    return isValid;
+}
+
+bool PathPos::parsePredicate() {
+    if (take('@')) {
+        std::string_view value;
+        return skipName() && (!take('=') || GetValAndInc(value));
+    }
+    if (!isDigitNext()) {
+        return skipName();
+    }
+    const bool isPosition = !at('0');
+    while (isDigitNext()) {
+        ++offset;
+    }
+    return isPosition;
 }
 
 /// Passes over a name; false when it is empty.
 bool PathPos::skipName() {
     const std::size_t start = offset;
-    offset = nameEnd(text_, start);
+    offset = markup::findClass(text_, start, ClassPathName);
     return offset > start;
 }
 
-/// Passes over one predicate with its brackets. Requires: at('[').
-bool PathPos::parsePredicate() {
-    ++offset;
-    if (offset < text_.size() && isDigit(text_[offset])) {
-        if (at('0')) {
-            return false;
-        }
-        while (offset < text_.size() && isDigit(text_[offset])) {
-            ++offset;
-        }
-    } else if (at('@')) {
-        ++offset;
-        if (!skipName()) {
-            return false;
-        }
-        if (at('=')) {
-            ++offset;
-            std::string_view value;
-            if (!GetValAndInc(value)) {
-                return false;
-            }
-        }
-    } else if (!skipName()) {
-        return false;
-    }
-    if (!at(']')) {
-        return false;
-    }
-    ++offset;
-    return true;
+/// Passes over `c` where it comes next.
+bool PathPos::take(char c) {
+    const bool isNext = at(c);
+    offset += isNext ? 1 : 0;
+    return isNext;
 }
 
 bool PathPos::GetValAndInc(std::string_view& value) {

@@ -53,8 +53,13 @@ class PathPos {
 
   private:
     bool at(char c) const { return offset < text_.size() && text_[offset] == c; }
+    bool isDigitNext() const {
+        return offset < text_.size() && text_[offset] >= '0' && text_[offset] <= '9';
+    }
+    bool take(char c);
     bool skipName();
     bool parseSegments();
+    bool parseSegment();
     bool parsePredicate();
 
     std::string_view text_;
