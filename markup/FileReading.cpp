@@ -37,19 +37,16 @@ template <class Unit>
 int removeNulls(void* text, int length) {
     Unit* const begin = static_cast<Unit*>(text);
     Unit* const end = begin + length;
-    Unit* kept = findNull(begin, end);
-    for (Unit* run = kept; run != end;) {
-        run = std::find_if(run, end, [](Unit unit) { return unit != 0; });
-        Unit* const runEnd = findNull(run, end);
-        kept = std::copy(run, runEnd, kept);
-        run = runEnd;
-    }
-    return static_cast<int>(kept - begin);
+    return static_cast<int>(std::remove(findNull(begin, end), end, Unit{}) - begin);
 }
 
 /// Reads `size` bytes, going on where a signal has interrupted it; fewer at the end of the file or,
 /// with errno set, when reading fails.
 std::size_t readBytes(std::FILE* file, char* buffer, std::size_t size) {
+    if (file == nullptr) {
+        errno = EBADF;
+        return 0;
+    }
     errno = 0;
     std::size_t got = std::fread(buffer, 1, size, file);
     while (got < size && std::ferror(file) != 0 && errno == EINTR) {
@@ -142,32 +139,21 @@ bool FileReading::FileReadText(TextBuffer& text) {
 
 bool FileReading::FileRead(void* buffer) {
     auto* const bytes = static_cast<char*>(buffer);
-    if (file() == nullptr) {
-        opTextLength = 0;
-        return FileErrorAddResult(EBADF);
-    }
-    if (!countRead(bytes, readBytes(file(), bytes, static_cast<std::size_t>(opByteLength)))) {
+    const auto wanted = static_cast<std::size_t>(opByteLength);
+    const std::size_t got = readBytes(file(), bytes, wanted);
+    opTextLength = static_cast<int>(got) / charUnitSize;
+    if (got < wanted) {
+        FileErrorAddResult();
+        std::memset(bytes + got, 0, wanted - got);
         return false;
     }
+    fileByteOffset += opByteLength;
+    x_AddResult(ioResult, ResultRead, encoding, RESULT_ENCODING | RESULT_LENGTH, opTextLength);
     closeUpNulls(buffer);
     if (charUnitSize == 2 && x_EndianSwapRequired(docFlags) != 0) {
         x_EndianSwapUTF16(static_cast<unsigned short*>(buffer), opTextLength);
         x_AddResult(ioResult, ResultEndianSwap);
     }
-    return true;
-}
-
-/// Accounts for the `got` bytes that a read delivered; a short read is an error.
-bool FileReading::countRead(char* buffer, std::size_t got) {
-    const auto wanted = static_cast<std::size_t>(opByteLength);
-    opTextLength = static_cast<int>(got) / charUnitSize;
-    if (got < wanted) {
-        const bool failed = FileErrorAddResult();
-        std::memset(buffer + got, 0, wanted - got);
-        return failed;
-    }
-    fileByteOffset += opByteLength;
-    x_AddResult(ioResult, ResultRead, encoding, RESULT_ENCODING | RESULT_LENGTH, opTextLength);
     return true;
 }
 

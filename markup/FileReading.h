@@ -35,7 +35,6 @@ class FileReading : public FilePos {
 
   private:
     bool findEncoding();
-    bool countRead(char* buffer, std::size_t got);
     void closeUpNulls(void* buffer);
     std::string_view byteEncoding() const;
     bool convertToUtf8(TextBuffer& text);

@@ -252,7 +252,7 @@ class MarkupDocument {
     std::string_view slice(int offset, int length) const;
     std::string_view tagNameAt(int pos) const;
     bool isCalled(int pos, std::string_view name) const;
-    std::string nodeData() const;
+    std::string_view unescaped(std::string_view text, std::string& storage) const;
     std::string_view contentOf(std::string_view content, std::string& storage) const;
     TokenPos startTagToken(int pos) const;
     int siblingNumber(int pos) const;

@@ -36,11 +36,10 @@ std::string MarkupDocument::checkInvariants() const {
 }
 
 std::string MarkupDocument::checkRecord(int pos) const {
-    const int count = recordCount();
     const ElemPos& elem = tree_[pos];
-    const auto valid = [count](int link) { return link >= 0 && link < count; };
     std::string broken = firstBroken({
-        {valid(elem.parent) && valid(elem.child) && valid(elem.next) && valid(elem.previous),
+        {isRecord(elem.parent) && isRecord(elem.child) && isRecord(elem.next) &&
+             isRecord(elem.previous),
          "links name records"},
         {elem.start >= 0 && elem.length > 0, "an element has a place in the text"},
         {elem.start <= static_cast<int>(docText_.size()) - elem.length,
@@ -75,10 +74,8 @@ std::string MarkupDocument::checkRecord(int pos) const {
 }
 
 std::string MarkupDocument::checkPosition() const {
-    const int count = recordCount();
-    const auto valid = [count](int link) { return link >= 0 && link < count; };
     const auto size = static_cast<int>(docText_.size());
-    const bool inRange = valid(pos_.parent) && valid(pos_.main) && valid(pos_.child);
+    const bool inRange = isRecord(pos_.parent) && isRecord(pos_.main) && isRecord(pos_.child);
     return firstBroken({
         {inRange, "the position names records"},
         {!inRange || pos_.main == 0 || tree_[pos_.main].parent == pos_.parent,

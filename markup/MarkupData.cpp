@@ -10,6 +10,28 @@
 
 namespace {
 
+/// What a node holds between its marks. "<![C]]>" opens a section as well: shorter than the marks,
+/// it holds nothing.
+std::string_view inside(std::string_view node, std::size_t opening, std::size_t closing) {
+    const bool isWhole = node.size() > opening + closing;
+    return isWhole ? node.substr(opening, node.size() - opening - closing) : std::string_view();
+}
+
+std::string_view insideOf(std::string_view node, int type) {
+    switch (type) {
+        case NodeComment:
+            return inside(node, 4, 3);  // <!-- -->
+        case NodeProcessingInstruction:
+            return inside(node, 2, 2);  // <? ?>
+        case NodeCDataSection:
+            return inside(node, 9, 3);  // <![CDATA[ ]]>
+        case NodeLoneEndTag:
+            return inside(node, 2, 1);  // </ >
+        default:
+            return node;
+    }
+}
+
 /// The number of an element without siblings of its name.
 constexpr int onlyOfName = -1;
 
@@ -130,7 +152,8 @@ std::string MarkupDocument::x_GetData(int pos) const {
 std::string_view MarkupDocument::dataView(int pos, std::string& storage) const {
     storage.clear();
     if (pos == pos_.main && isOnOtherNode()) {
-        return storage = nodeData();
+        const std::string_view node = slice(pos_.nodeOffset, pos_.nodeLength);
+        return pos_.nodeType == NodeText ? unescaped(node, storage) : insideOf(node, pos_.nodeType);
     }
     if (!isElement(pos)) {
         return {};
@@ -144,40 +167,21 @@ std::string_view MarkupDocument::dataView(int pos, std::string& storage) const {
                      storage);
 }
 
-std::string MarkupDocument::nodeData() const {
-    const int offset = pos_.nodeOffset;
-    const int length = pos_.nodeLength;
-    switch (pos_.nodeType) {
-        case NodeComment:
-            return std::string(slice(offset + 4, length - 7));
-        case NodeProcessingInstruction:
-            return std::string(slice(offset + 2, length - 4));
-        case NodeCDataSection:
-            // "<![C]]>" opens a section as well: shorter than the marks, it holds nothing.
-            return length < 12 ? std::string() : std::string(slice(offset + 9, length - 12));
-        case NodeText: {
-            std::string data;
-            markup::appendUnescaped(data, slice(offset, length), docFlags_);
-            return data;
-        }
-        case NodeLoneEndTag:
-            return std::string(slice(offset + 2, length - 3));
-        default:
-            return std::string(slice(offset, length));
+/// The text itself where unescaping changes nothing, else what it gives, put into `storage`.
+std::string_view MarkupDocument::unescaped(std::string_view text, std::string& storage) const {
+    const bool isTrimmed = hasFlag(DocFlagTrimWhitespace | DocFlagCollapseWhitespace);
+    if (!isTrimmed && text.find('&') == std::string_view::npos) {
+        return text;
     }
+    markup::appendUnescaped(storage, text, docFlags_);
+    return storage;
 }
 
 /// The data of a leaf element's content. White space counts when it is all there is, but a run of
 /// it between comments or sections is dropped: "<a> </a>" holds " ", "<a> <!--c--></a>" nothing.
 std::string_view MarkupDocument::contentOf(std::string_view content, std::string& storage) const {
-    const bool isPlain = content.find('<') == std::string_view::npos;
-    const bool isTrimmed = hasFlag(DocFlagTrimWhitespace | DocFlagCollapseWhitespace);
-    if (isPlain && !isTrimmed && content.find('&') == std::string_view::npos) {
-        return content;
-    }
-    if (isPlain) {
-        markup::appendUnescaped(storage, content, docFlags_);
-        return storage;
+    if (content.find('<') == std::string_view::npos) {
+        return unescaped(content, storage);
     }
     TokenPos token(content, docFlags_);
     NodePos node;
@@ -186,8 +190,8 @@ std::string_view MarkupDocument::contentOf(std::string_view content, std::string
                                                      static_cast<std::size_t>(node.length));
         if (node.type == NodeText) {
             markup::appendUnescaped(storage, text, docFlags_);
-        } else if (node.type == NodeCDataSection && text.size() > 12) {
-            storage += text.substr(9, text.size() - 12);
+        } else if (node.type == NodeCDataSection) {
+            storage += insideOf(text, node.type);
         }
     }
     return storage;

@@ -132,7 +132,8 @@ int TokenPos::ParseNode(NodePos& node) {
         case '/':
             return parseTag(node, NodeEndTag);
         case '?':
-            return parseDelimited(node, NodeProcessingInstruction, 2, "?>");
+            return parseDelimited(node, NodeProcessingInstruction, 2, "?>",
+                                  "processing_instruction");
         case '!':
             return parseDeclaration(node);
         default:
@@ -199,11 +200,12 @@ int TokenPos::parseDeclaration(NodePos& node) {
     }
     switch (rest[0]) {
         case '-':
-            return rest[1] == '-' ? parseDelimited(node, NodeComment, 4, "-->")
+            return rest[1] == '-' ? parseDelimited(node, NodeComment, 4, "-->", "comment")
                                   : parseSyntaxError(node, ResultCommentTagSyntax, start + 3);
         case '[':
-            return rest[1] == 'C' ? parseDelimited(node, NodeCDataSection, 4, "]]>")
-                                  : parseSyntaxError(node, ResultCDataSectionSyntax, start + 3);
+            return rest[1] == 'C'
+                       ? parseDelimited(node, NodeCDataSection, 4, "]]>", "cdata_section")
+                       : parseSyntaxError(node, ResultCDataSectionSyntax, start + 3);
         case 'D':
             return parseDocumentType(node);
         default:
@@ -213,20 +215,11 @@ int TokenPos::parseDeclaration(NodePos& node) {
 
 /// Ends at the first `terminator` that lies wholly after the `opening` bytes.
 int TokenPos::parseDelimited(NodePos& node, int type, std::size_t opening,
-                             std::string_view terminator) {
-    const std::size_t found =
-        text_.find(terminator, static_cast<std::size_t>(node.start) + opening);
-    if (found != npos) {
-        return endNode(node, type, found + terminator.size());
-    }
-    switch (type) {
-        case NodeComment:
-            return unterminated(node, "comment");
-        case NodeCDataSection:
-            return unterminated(node, "cdata_section");
-        default:
-            return unterminated(node, "processing_instruction");
-    }
+                             std::string_view terminator, std::string_view openKind) {
+    const std::size_t from = static_cast<std::size_t>(node.start) + opening;
+    const std::size_t found = text_.find(terminator, from);
+    return found == npos ? unterminated(node, openKind)
+                         : endNode(node, type, found + terminator.size());
 }
 
 /// Runs to the closing ">". Quotes count outside the brackets of the internal subset and inside

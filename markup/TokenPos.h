@@ -82,7 +82,8 @@ class TokenPos {
     int parseTag(NodePos& node, int type);
     bool isEmptyTag(std::size_t tagEnd, std::size_t lastValueEnd) const;
     int parseDeclaration(NodePos& node);
-    int parseDelimited(NodePos& node, int type, std::size_t opening, std::string_view terminator);
+    int parseDelimited(NodePos& node, int type, std::size_t opening, std::string_view terminator,
+                       std::string_view openKind);
     int parseDocumentType(NodePos& node);
     bool skipSubset(std::size_t& pos) const;
     std::size_t skipSubsetMarkup(std::size_t pos) const;
