@@ -21,7 +21,7 @@ void checkBlocks(const std::string& text, unsigned block, MemoryFile& file) {
     check(reading.FileOpen(file.path()), "the file can be opened");
     reading.encoding = "UTF-8";
     std::string all = text.substr(0, static_cast<std::size_t>(reading.fileByteOffset));
-    for (std::string piece; reading.remaining() > 0; all += piece) {
+    for (TextBuffer piece; reading.remaining() > 0; all += piece.view()) {
         reading.opByteLength = static_cast<int>(std::min<std::int64_t>(block, reading.remaining()));
         check(reading.FileReadText(piece), "a block can be read");
     }

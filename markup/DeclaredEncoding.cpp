@@ -29,22 +29,15 @@ bool readXmlDeclaration(std::string_view text, std::string& encoding) {
 
 /// Moves to the next start tag; false where the head or the text ends, or can't be read.
 bool nextElement(TokenPos& token, NodePos& node) {
-    while (true) {
-        switch (token.ParseNode(node)) {
-            case NodeElement:
-                return true;
-            case NodeSyntaxError:
-            case NodeEndOfText:
-                return false;
-            case NodeEndTag:
-                if (token.Match("head")) {
-                    return false;
-                }
-                break;
-            default:
-                break;
+    while (token.ParseNode(node) != NodeSyntaxError && node.type != NodeEndOfText) {
+        if (node.type == NodeElement) {
+            return true;
+        }
+        if (node.type == NodeEndTag && token.Match("head")) {
+            return false;
         }
     }
+    return false;
 }
 
 /// The name behind "charset=" in a content type, "" when there is none.

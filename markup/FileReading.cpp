@@ -107,13 +107,6 @@ bool FileReading::findEncoding() {
     return seekTo(fileByteOffset, SEEK_SET);
 }
 
-bool FileReading::FileReadText(std::string& text) {
-    TextBuffer buffer;
-    const bool isRead = FileReadText(buffer);
-    text = buffer.view();
-    return isRead;
-}
-
 bool FileReading::FileReadText(TextBuffer& text) {
     ioResult.clear();
     text.truncate(0);

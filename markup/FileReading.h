@@ -1,6 +1,5 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
 #include "markup/FilePos.h"
@@ -22,7 +21,6 @@ class FileReading : public FilePos {
     /// Reads `opByteLength` bytes as text into `text`, in UTF-8 unless there is no converter for
     /// the encoding.
     bool FileReadText(TextBuffer& text);
-    bool FileReadText(std::string& text);
 
     /// Reads `opByteLength` bytes into `buffer`, removes zero units and brings UTF-16 into host
     /// byte order. After a short read the rest of the buffer is zero and `opTextLength` counts what

@@ -20,14 +20,8 @@ namespace {
 /// Bytes per unit that a conversion to this encoding makes. In a file without a mark they are
 /// written as bytes all the same.
 int unitSizeOf(std::string_view encoding) {
-    switch (x_GetEncodingCodePage(encoding)) {
-        case CodePageUtf16:
-            return 2;
-        case CodePageUtf32:
-            return 4;
-        default:
-            return 1;
-    }
+    const int codePage = x_GetEncodingCodePage(encoding);
+    return codePage == CodePageUtf16 ? 2 : codePage == CodePageUtf32 ? 4 : 1;
 }
 
 std::string_view firstBytes(std::string_view text, int length) {

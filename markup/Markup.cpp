@@ -16,12 +16,9 @@ MarkupDocument::MarkupDocument() {
 
 void MarkupDocument::x_InitMarkup() {
     docFlags_ = 0;
-    pos_ = {};
-    attribWalk_ = {};
-    siblingNumbers_.clear();
-    savedPos_.RemoveAll();
-    tree_.Clear();
     fileError_ = 0;
+    forgetRecords();
+    tree_.Clear();
 }
 
 bool MarkupDocument::SetDoc(const char* text) {

@@ -74,7 +74,7 @@ std::string MarkupDocument::x_GetPath(int pos) const {
 /// The number of record `pos` among the siblings of its name, `onlyOfName` when it has none.
 int MarkupDocument::siblingNumber(int pos) const {
     siblingNumbers_.resize(static_cast<std::size_t>(recordCount()));
-    int& number = siblingNumbers_[static_cast<std::size_t>(pos)];
+    const int& number = siblingNumbers_[static_cast<std::size_t>(pos)];
     if (number == 0) {
         numberChildren(tree_[pos].parent);
     }
@@ -82,21 +82,17 @@ int MarkupDocument::siblingNumber(int pos) const {
 }
 
 void MarkupDocument::numberChildren(int parent) const {
-    const auto numberOf = [this](int pos) -> int& {
-        return siblingNumbers_[static_cast<std::size_t>(pos)];
-    };
-    std::map<std::string, int> lastOfName;
+    std::map<std::string, std::vector<int>> elemsOfName;
     for (int pos = tree_[parent].child; pos != 0; pos = tree_[pos].next) {
         const std::string_view name = tagNameAt(pos);
-        int& last =
-            lastOfName[hasFlag(DocFlagIgnoreCase) ? markup::foldName(name) : std::string(name)];
-        if (last == 0) {
-            numberOf(pos) = onlyOfName;
-        } else {
-            numberOf(last) = std::max(numberOf(last), 1);
-            numberOf(pos) = numberOf(last) + 1;
+        const bool ignoreCase = hasFlag(DocFlagIgnoreCase);
+        elemsOfName[ignoreCase ? markup::foldName(name) : std::string(name)].push_back(pos);
+    }
+    for (const auto& [name, elems] : elemsOfName) {
+        int number = elems.size() == 1 ? onlyOfName : 1;
+        for (const int pos : elems) {
+            siblingNumbers_[static_cast<std::size_t>(pos)] = number++;
         }
-        last = pos;
     }
 }
 

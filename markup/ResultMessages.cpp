@@ -1,5 +1,6 @@
 #include "markup/ResultMessages.h"
 
+#include <algorithm>
 #include <array>
 
 #include "markup/ResultLog.h"
@@ -42,53 +43,39 @@ constexpr std::array<ResultMessage, 21> resultMessages{{
     {ResultTruncationError, false, "encoding {encoding} adjustment error"},
 }};
 
-const ResultMessage* findMessage(std::string_view name) {
-    for (const ResultMessage& row : resultMessages) {
-        if (row.name == name) {
-            return &row;
-        }
-    }
-    return nullptr;
-}
-
 /// Fills the placeholders of a message with the attributes of the record that begins at `start`.
 std::string fillMessage(std::string_view message, std::string_view log, int start) {
     std::string filled;
-    while (!message.empty()) {
-        const std::size_t open = message.find('{');
+    std::size_t open = 0;
+    while ((open = message.find('{')) != std::string_view::npos) {
         filled += message.substr(0, open);
-        if (open == std::string_view::npos) {
-            break;
-        }
         const std::size_t close = message.find('}', open);
-        std::string_view placeholder = message.substr(open + 1, close - open - 1);
-        const bool spaced = placeholder.ends_with(' ');
-        placeholder.remove_suffix(spaced ? 1 : 0);
-        const std::string value = markup::resultAttribute(log, start, placeholder);
+        const std::string_view placeholder = message.substr(open + 1, close - open - 1);
+        const std::string_view name = placeholder.substr(0, placeholder.find(' '));
+        const std::string value = markup::resultAttribute(log, start, name);
         filled += value;
-        if (spaced && !value.empty()) {
-            filled += ' ';
-        }
+        filled += value.empty() ? "" : placeholder.substr(name.size());
         message.remove_prefix(close + 1);
     }
-    return filled;
+    return filled.append(message);
 }
 
 }  // namespace
 
 std::string markup::renderResults(std::string_view log) {
     std::string line;
-    int parseErrors = 0;
+    bool hasParseError = false;
     for (const int start : findResults(log)) {
-        const ResultMessage* const row = findMessage(resultName(log, start));
-        const std::string message = row == nullptr ? "" : fillMessage(row->message, log, start);
-        if (message.empty() || (row->isParseError && ++parseErrors > 1)) {
+        const std::string_view name = resultName(log, start);
+        const auto* const row =
+            std::find_if(resultMessages.begin(), resultMessages.end(),
+                         [name](const ResultMessage& other) { return other.name == name; });
+        if (row == resultMessages.end() || (row->isParseError && hasParseError)) {
             continue;
         }
-        if (!line.empty()) {
-            line += ' ';
-        }
-        line += message;
+        hasParseError = hasParseError || row->isParseError;
+        const std::string message = fillMessage(row->message, log, start);
+        line.append(line.empty() || message.empty() ? "" : " ").append(message);
     }
     return line;
 }
