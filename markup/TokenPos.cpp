@@ -225,19 +225,23 @@ int TokenPos::parseDelimited(NodePos& node, int type, std::size_t opening,
 /// Runs to the closing ">". Quotes count outside the brackets of the internal subset and inside
 /// its declarations; comments and processing instructions in the subset are passed over whole.
 int TokenPos::parseDocumentType(NodePos& node) {
-    std::size_t pos = static_cast<std::size_t>(node.start) + 3;
-    while ((pos = text_.find_first_of("\"'[>", pos)) != npos) {
-        const char c = text_[pos++];
-        if (c == '>') {
-            return endNode(node, NodeDocumentType, pos);
-        }
-        if (c != '[') {
-            pos = behind({&c, 1}, pos);
-        } else if (!skipSubset(pos)) {
+    std::size_t pos = findUnquoted("[>", static_cast<std::size_t>(node.start) + 3);
+    while (pos < text_.size() && text_[pos] == '[') {
+        if (!skipSubset(++pos)) {
             return parseSyntaxError(node, ResultDoctypeTagSyntax, pos + 2);
         }
+        pos = findUnquoted("[>", pos);
     }
-    return unterminated(node, "document_type");
+    return pos < text_.size() ? endNode(node, NodeDocumentType, pos + 1)
+                              : unterminated(node, "document_type");
+}
+
+/// The next of `marks` outside quotes from `pos` on, the text's size when there is none.
+std::size_t TokenPos::findUnquoted(std::string_view marks, std::size_t pos) const {
+    while (pos < text_.size() && marks.find(text_[pos]) == npos) {
+        pos = isQuote(text_[pos]) ? behind(text_.substr(pos, 1), pos + 1) : pos + 1;
+    }
+    return pos;
 }
 
 /// The offset behind the first `mark` from `from` on, the text's size when there is none.
@@ -277,18 +281,8 @@ std::size_t TokenPos::skipSubsetMarkup(std::size_t pos) const {
         return text_.size();
     }
     const char kind = opening[2];
-    return kind == 'A' || kind == 'E' || kind == 'N' ? skipDeclaration(pos + 3) : pos;
-}
-
-std::size_t TokenPos::skipDeclaration(std::size_t pos) const {
-    while ((pos = text_.find_first_of("\"'>", pos)) != npos) {
-        const char c = text_[pos++];
-        if (c == '>') {
-            return pos;
-        }
-        pos = behind({&c, 1}, pos);
-    }
-    return text_.size();
+    const bool isDeclaration = kind == 'A' || kind == 'E' || kind == 'N';
+    return isDeclaration ? std::min(findUnquoted(">", pos + 3) + 1, text_.size()) : pos;
 }
 
 /// Makes the node a syntax error that ends at the next ">", or before the next "<", from `from` on.

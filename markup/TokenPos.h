@@ -87,7 +87,7 @@ class TokenPos {
     int parseDocumentType(NodePos& node);
     bool skipSubset(std::size_t& pos) const;
     std::size_t skipSubsetMarkup(std::size_t pos) const;
-    std::size_t skipDeclaration(std::size_t pos) const;
+    std::size_t findUnquoted(std::string_view marks, std::size_t pos) const;
     std::size_t behind(std::string_view mark, std::size_t from) const;
     int parseSyntaxError(NodePos& node, std::string_view result, std::size_t from);
     int unterminated(NodePos& node, std::string_view openKind);
