@@ -77,12 +77,7 @@ void ElemParser::openElem(const NodePos& node, std::string_view name) {
 int ElemParser::addElem(int start, int tagLength) {
     const int pos = tree_.take();
     ElemPos& elem = tree_[pos];
-    // A level beyond 16 bits keeps its low bits; it must not run into the flags.
-    const int level = levelBase_ + tags_.depth();
-    elem.start = start;
-    elem.length = tagLength;
-    elem.setStartTagLength(tagLength);
-    elem.levelAndFlags = static_cast<std::uint32_t>(level) & ElemPos::levelMask;
+    elem.open(start, tagLength, levelBase_ + tags_.depth());
     linkLastChild(pos, elem);
     first_ = first_ == 0 ? pos : first_;
     return pos;

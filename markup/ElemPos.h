@@ -40,20 +40,20 @@ struct ElemPos {
     void setFlag(ElemFlag flag) { levelAndFlags |= flag; }
     void clearFlag(ElemFlag flag) { levelAndFlags &= ~static_cast<std::uint32_t>(flag); }
 
-    /// Notes an end tag of `tagBytes` bytes, which ends at offset `end`.
+    /// Notes a start tag of `tagBytes` bytes at offset `at`, which makes the element unless an end
+    /// tag follows. A level beyond 16 bits keeps its low bits: it must not run into the flags.
+    void open(int at, int tagBytes, int level) {
+        start = at;
+        length = tagBytes;
+        tagLengths = static_cast<std::uint32_t>(tagBytes) & startTagMask;
+        levelAndFlags = static_cast<std::uint32_t>(level) & levelMask;
+    }
+    /// Notes an end tag of `tagBytes` bytes, which ends at offset `end`. The record keeps the low
+    /// 10 bits of them; what that cuts off is told apart by the readers.
     void close(int end, int tagBytes) {
         length = end - start;
-        setEndTagLength(tagBytes);
-    }
-
-    void setStartTagLength(int bytes) {
         tagLengths =
-            (tagLengths & ~startTagMask) | (static_cast<std::uint32_t>(bytes) & startTagMask);
-    }
-    /// Keeps the low 10 bits of `bytes`; what that cuts off is told apart by the readers.
-    void setEndTagLength(int bytes) {
-        tagLengths =
-            (tagLengths & startTagMask) | (static_cast<std::uint32_t>(bytes) << startTagBits);
+            (tagLengths & startTagMask) | (static_cast<std::uint32_t>(tagBytes) << startTagBits);
     }
 };
 

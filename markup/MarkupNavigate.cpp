@@ -144,12 +144,9 @@ bool MarkupDocument::SavePos(TextArg name, int map) {
     if (positions == nullptr) {
         return false;
     }
-    SavedPos entry{std::string(name.view()), pos_.parent, 0};
-    if (pos_.main != 0) {
-        entry.pos = pos_.child != 0 ? pos_.child : pos_.main;
-        entry.flags = pos_.child != 0 ? SavedPosChild : SavedPosMain;
-    }
-    positions->Save(std::move(entry));
+    positions->Save(name.view(), pos_.child != 0  ? SavedPos{pos_.child, SavedPosChild}
+                                 : pos_.main != 0 ? SavedPos{pos_.main, SavedPosMain}
+                                                  : SavedPos{pos_.parent, 0});
     return true;
 }
 

@@ -110,15 +110,14 @@ std::vector<int> markup::findResults(std::string_view log) {
             if (node.flags != NodeFlagEmpty) {
                 tags.push(static_cast<int>(starts.size()), token.token());
             }
-        } else if (node.type == NodeEndTag) {
-            const int depth = tags.findMatch(token.token());
-            if (depth != 0) {
-                // What has begun since lies in the element that ends here.
-                starts.resize(static_cast<std::size_t>(tags.at(depth).elem));
-            }
-            while (depth != 0 && tags.depth() >= depth) {
-                tags.pop();
-            }
+        }
+        const int depth = node.type == NodeEndTag ? tags.findMatch(token.token()) : 0;
+        if (depth != 0) {
+            // What has begun since lies in the element that ends here.
+            starts.resize(static_cast<std::size_t>(tags.at(depth).elem));
+        }
+        while (depth != 0 && tags.depth() >= depth) {
+            tags.pop();
         }
     }
     return starts;

@@ -4,15 +4,8 @@
 
 #include "markup/text/NameCompare.h"
 
-void SavedPosMap::Save(SavedPos entry) {
-    std::vector<SavedPos>& entries = slots_[slotOf(entry.name)];
-    const auto same = std::find_if(entries.begin(), entries.end(),
-                                   [&](const SavedPos& other) { return other.name == entry.name; });
-    if (same == entries.end()) {
-        entries.push_back(std::move(entry));
-    } else {
-        *same = std::move(entry);
-    }
+void SavedPosMap::Save(std::string_view name, SavedPos entry) {
+    slots_[slotOf(name)].insert_or_assign(std::string(name), entry);
 }
 
 const SavedPos* SavedPosMap::Find(std::string_view name) const {
@@ -20,9 +13,8 @@ const SavedPos* SavedPosMap::Find(std::string_view name) const {
     if (slot == slots_.end()) {
         return nullptr;
     }
-    const auto entry = std::find_if(slot->second.begin(), slot->second.end(),
-                                    [&](const SavedPos& other) { return other.name == name; });
-    return entry == slot->second.end() ? nullptr : &*entry;
+    const auto entry = slot->second.find(name);
+    return entry == slot->second.end() ? nullptr : &entry->second;
 }
 
 int SavedPosMap::slotOf(std::string_view name) const {

@@ -3,7 +3,6 @@
 #include <map>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// Which position a saved entry holds; with neither flag, it is the parent position.
 enum SavedPosFlag : int {
@@ -11,11 +10,10 @@ enum SavedPosFlag : int {
     SavedPosChild = 2,
 };
 
-/// One named position.
+/// One saved position.
 struct SavedPos {
-    std::string name;
-    int pos;    ///< record index
-    int flags;  ///< `SavedPosFlag` bits
+    int pos = 0;    ///< record index
+    int flags = 0;  ///< `SavedPosFlag` bits
 };
 
 /// Named positions, hashed by name into a fixed number of slots.
@@ -26,15 +24,15 @@ class SavedPosMap {
     /// Requires: slots >= 1.
     explicit SavedPosMap(int slots = defaultSlots) : slotCount_(slots) {}
 
-    /// Stores a position under its name, in place of an earlier one of that name.
-    void Save(SavedPos entry);
+    /// Stores a position under a name, in place of an earlier one of that name.
+    void Save(std::string_view name, SavedPos entry);
     /// The position saved under `name`, null when there is none; valid until the map changes.
     const SavedPos* Find(std::string_view name) const;
-    /// Drops the entries whose record `inUse` denies, so that no gap hides those behind them.
+    /// Drops the entries whose record `inUse` denies.
     template <class InUse>
     void KeepOnly(InUse inUse) {
-        for (auto& [slot, entries] : slots_) {
-            std::erase_if(entries, [&](const SavedPos& entry) { return !inUse(entry.pos); });
+        for (auto& [number, slot] : slots_) {
+            std::erase_if(slot, [&](const auto& entry) { return !inUse(entry.second.pos); });
         }
     }
 
@@ -42,7 +40,8 @@ class SavedPosMap {
     int slotOf(std::string_view name) const;
 
     int slotCount_;
-    std::map<int, std::vector<SavedPos>> slots_;  ///< only those ever used
+    /// By number, only those ever used; the entries of each by name.
+    std::map<int, std::map<std::string, SavedPos, std::less<>>> slots_;
 };
 
 /// The saved position maps of a document, by number. A map exists once it or a map of a higher
