@@ -42,7 +42,7 @@ int ElemParser::parse(int parent, TokenPos& token) {
                 closeUnended(0, node.start);
                 return first_;
             default:
-                break;
+                break;  // is found again in the text by those who ask for it
         }
     }
 }

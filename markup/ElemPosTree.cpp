@@ -1,3 +1,7 @@
+// Every page but the last is full, so that an index is split into page and slot by its bits. Only
+// the last page is ever replaced by a larger one, and only its records are copied: one array of all
+// records would move every record each time it grew, and need the memory of both while it does.
+
 #include "markup/ElemPosTree.h"
 
 #include <algorithm>
@@ -6,6 +10,7 @@ void ElemPosTree::GrowElemPosTree(int newSize) {
     if (newSize <= size_) {
         return;
     }
+    // An empty tree counts as one page without records.
     const std::size_t last = size_ == 0 ? 0 : page(size_ - 1);
     const std::size_t pageCount = last + 1;
     std::size_t target = page(newSize - 1);
@@ -13,6 +18,7 @@ void ElemPosTree::GrowElemPosTree(int newSize) {
         target = pageCount;
         newSize = static_cast<int>((pageCount + 1) << pageBits);
     }
+    // Where there is no memory for what follows, the tree stays as large as it was.
     const int usedInLast = size_ - static_cast<int>(last << pageBits);
     if (target >= pages_.capacity()) {
         pages_.reserve(target * 2 + 4);
@@ -64,6 +70,7 @@ void ElemPosTree::Clear() {
     deleted_ = 0;
 }
 
+/// Puts a page of `count` records, the first `keep` as they were, in the place of page `index`.
 void ElemPosTree::replacePage(std::size_t index, int keep, int count) {
     // Once a page is full the next one is likely to be, and a full one is just a huge page.
     Pages fresh(static_cast<std::size_t>(count) * sizeof(ElemPos),

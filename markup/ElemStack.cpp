@@ -1,3 +1,7 @@
+// Every name at every place of nesting has one entry, which stays when its tag is closed: the next
+// tag of that name in the same parent goes on counting there. Entries are hashed by name only, so
+// that a slot chains those of all places; the parent tells them apart.
+
 #include "markup/ElemStack.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// Calls of the C library leave their reason in errno, some of them none at all. It is cleared
+// before each call, so that no older reason is told for a failure that left none.
+
 #include "markup/FilePos.h"
 
 #include <cerrno>
@@ -12,6 +15,7 @@ bool FilePos::FileErrorAddResult() {
 
 bool FilePos::FileErrorAddResult(int number) {
     constexpr std::size_t maxErrorText = 100;
+    // The log may be full and hold no more: the number is kept beside it.
     fileError_ = fileError_ == 0 ? number : fileError_;
     std::string_view text = std::strerror(number);
     text = text.substr(0, maxErrorText);
@@ -25,6 +29,7 @@ bool FilePos::FileClose() {
         return false;
     }
     errno = 0;
+    // What was written may fail to reach the file only now.
     const bool closed = std::fclose(file_.release()) == 0;
     docFlags &= ~(DocFlagReadFile | DocFlagWriteFile | DocFlagAppendFile);
     return closed || FileErrorAddResult();

@@ -87,6 +87,8 @@ bool FileWriting::FileWriteText(std::string_view text, int length) {
     return FileWrite(nullptr, text.data());
 }
 
+/// Converts a text that is not empty, and writes it. What the file's encoding can't hold is written
+/// as "?", which is no loss unless the converter calls it one: required.
 bool FileWriting::writeConverted(std::string_view text) {
     const std::string_view to = isUtf16() ? "UTF-16" : std::string_view(encoding);
     const auto size = static_cast<int>(text.size());
@@ -114,6 +116,7 @@ bool FileWriting::FileWrite(void* buffer, const void* constBuffer) {
         return FileErrorAddResult(EFBIG);
     }
     opByteLength = static_cast<int>(bytes);
+    // Only units of two bytes have an order.
     if (x_EndianSwapRequired(docFlags) == 0 || charUnitSize != 2) {
         return writeBytes(buffer != nullptr ? buffer : constBuffer);
     }
@@ -127,6 +130,7 @@ bool FileWriting::FileWrite(void* buffer, const void* constBuffer) {
     return writeBytes(buffer);
 }
 
+/// Writes `opByteLength` bytes by one call: when not all are taken, it can't be told which were.
 bool FileWriting::writeBytes(const void* bytes) {
     if (file() == nullptr) {
         return FileErrorAddResult(EBADF);
@@ -145,6 +149,7 @@ bool FileWriting::FileFlush(std::string& buffer, int length, bool flush) {
     ioResult.clear();
     const std::string_view text = firstBytes(buffer, length);
     if (!text.empty()) {
+        // By the whole buffer, of which less may be written: the declaration may be longer.
         if (fileByteOffset == 0) {
             chooseEncoding(buffer);
         }

@@ -1,3 +1,7 @@
+// The document's text, and what is made of it. Whatever can run out of memory comes in an order
+// that leaves a document that can be used: the new text is there before the old one goes, and no
+// record of the old text is left when the new one is parsed.
+
 #include "markup/Markup.h"
 
 #include <climits>
@@ -55,7 +59,7 @@ bool MarkupDocument::x_ParseDoc() {
     tree_.restart();
     if (!docText_.empty()) {
         ElemParser parser(tree_, resultText_, hasFlag(DocFlagIgnoreCase));
-        parser.parseDocument(TokenPos(docText_.view(), docFlags_));
+        parser.parseDocument(tokenAt(0));
     }
     return IsWellFormed();
 }

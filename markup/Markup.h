@@ -254,7 +254,8 @@ class MarkupDocument {
     bool isCalled(int pos, std::string_view name) const;
     std::string_view unescaped(std::string_view text, std::string& storage) const;
     std::string_view contentOf(std::string_view content, std::string& storage) const;
-    TokenPos startTagToken(int pos) const;
+    TokenPos tokenAt(int offset) const { return TokenPos(docText_.view(), docFlags_, offset); }
+    std::string nodeName(int n) const;
     int siblingNumber(int pos) const;
     void numberChildren(int parent) const;
     std::string checkRecord(int pos) const;

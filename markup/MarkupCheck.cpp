@@ -1,4 +1,6 @@
-// The rules between records, position and text, stated as code.
+// The rules between records, position and text, each a sentence and the condition that it states.
+// Those that follow links stand in a list of their own, behind the one that has found all links to
+// name records.
 
 #include "markup/Markup.h"
 
@@ -20,6 +22,8 @@ std::string firstBroken(std::initializer_list<Rule> rules) {
 
 }  // namespace
 
+// Records are taken one after another, each with its neighbours: no list of children is walked, so
+// that the time is linear and broken links end the check instead of leading it in a circle.
 std::string MarkupDocument::checkInvariants() const {
     const int count = recordCount();
     std::string broken = firstBroken({

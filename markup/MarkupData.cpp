@@ -1,4 +1,10 @@
-// Cutting names, attribute values and data out of the document text.
+// Names, attribute values and data are cut out of the document text each time they are asked for:
+// records keep only where the tags lie. Within a tag or a content the tokenizer does the cutting;
+// it runs on to the end of the text if it is let, but a tag ends where its own tokens end.
+//
+// Two things are kept because callers ask for one after the other, and each would have to be
+// counted from the start again: where the last attribute asked for by number was, and the numbers
+// that elements have in paths.
 
 #include <algorithm>
 #include <map>
@@ -97,11 +103,9 @@ void MarkupDocument::numberChildren(int parent) const {
 }
 
 std::string MarkupDocument::GetTagName() const {
-    if (!isOnOtherNode()) {
-        return x_GetTagName(pos_.main);
-    }
-    int names = 1;
-    switch (pos_.nodeType) {
+    switch (isOnOtherNode() ? pos_.nodeType : NodeElement) {
+        case NodeElement:
+            return x_GetTagName(pos_.main);
         case NodeText:
         case NodeWhitespace:
             return "#text";
@@ -109,17 +113,20 @@ std::string MarkupDocument::GetTagName() const {
             return "#cdata-section";
         case NodeComment:
             return "#comment";
-        case NodeDocumentType:
-            names = 2;  // the declaration's keyword, then the root element's name
-            break;
         case NodeProcessingInstruction:
         case NodeLoneEndTag:
-            break;
+            return nodeName(1);
+        case NodeDocumentType:
+            return nodeName(2);  // behind the declaration's keyword, the root element's name
         default:
             return {};
     }
+}
+
+/// The name number `n`, counted from 1, in the current node, which opens with two bytes.
+std::string MarkupDocument::nodeName(int n) const {
     TokenPos token(slice(0, pos_.nodeOffset + pos_.nodeLength), docFlags_, pos_.nodeOffset + 2);
-    while (names-- > 0 && token.FindName()) {
+    while (n-- > 0 && token.FindName()) {
     }
     return token.GetTokenText();
 }
@@ -133,9 +140,8 @@ int MarkupDocument::startTagLength(int pos) const {
         return elem.packedStartTagLength();
     }
     // Too long to tell whether the record holds all bits: scan the tag again.
-    TokenPos token(docText_.view(), docFlags_, elem.start);
     NodePos node;
-    token.ParseNode(node);
+    tokenAt(elem.start).ParseNode(node);
     return node.length;
 }
 
@@ -193,18 +199,12 @@ std::string_view MarkupDocument::contentOf(std::string_view content, std::string
     return storage;
 }
 
-/// A cursor behind the "<" of the start tag of record `pos`. The tokenizer and the attribute walk
-/// cut a tag into the same tokens, so the walk ends with the tag.
-TokenPos MarkupDocument::startTagToken(int pos) const {
-    return TokenPos(docText_.view(), docFlags_, tree_[pos].start + 1);
-}
-
 std::string MarkupDocument::x_GetAttrib(int pos, TextArg name) const {
     TokenPos token("");
     if (isElement(pos) && pos_.nodeType == NodeElement) {
-        token = startTagToken(pos);
+        token = tokenAt(tree_[pos].start + 1);
     } else if (pos == pos_.main && pos_.nodeType == NodeProcessingInstruction && isOnOtherNode()) {
-        token = TokenPos(docText_.view(), docFlags_, pos_.nodeOffset + 2);
+        token = tokenAt(pos_.nodeOffset + 2);
     }
     std::string value;
     if (!name.isNull() && token.FindAttrib(name)) {
@@ -220,7 +220,7 @@ bool MarkupDocument::GetNthAttrib(int n, std::string& name, std::string& value) 
     if (attribWalk_.elem != pos_.main || attribWalk_.number > n) {
         attribWalk_ = {pos_.main, 0, tree_[pos_.main].start + 1};
     }
-    TokenPos token(docText_.view(), docFlags_, attribWalk_.priorName);
+    TokenPos token = tokenAt(attribWalk_.priorName);
     std::string found;
     if (!token.FindAttrib(nullptr, n - attribWalk_.number, &found)) {
         return false;

@@ -45,6 +45,7 @@ void settleEncoding(FilePos& file, std::string* encoding) {
     }
 }
 
+/// Opens the file; from here on the report tells of it.
 template <class File>
 bool openFile(File& file, TextArg path, FileReport& report) {
     const bool isOpen = file.FileOpen(path);
@@ -53,6 +54,7 @@ bool openFile(File& file, TextArg path, FileReport& report) {
     return isOpen;
 }
 
+/// Closes the file, and completes the report on it.
 bool closeFile(FilePos& file, FileReport& report) {
     const bool isClosed = file.FileClose();
     report.results += file.ioResult;
@@ -73,7 +75,7 @@ bool readFile(TextArg path, TextBuffer& text, FileReport& report) {
     const bool fits = file.remaining() <= INT_MAX || file.FileErrorAddResult(EFBIG);
     file.opByteLength = static_cast<int>(file.remaining());
     const bool isRead = fits && file.FileReadText(text);
-    closeFile(file, report);
+    closeFile(file, report);  // what was read is whole, even when closing fails
     return isRead;
 }
 
@@ -97,7 +99,8 @@ bool MarkupDocument::Load(TextArg path) {
     if (inFileMode()) {
         return false;
     }
-    // First of all: a load that fails must not leave records of the text that it replaces.
+    // First of all, before there is anything that can fail: a load that fails must not leave
+    // records of the text that it replaces.
     forgetRecords();
     FileReport report{resultText_, docFlags_};
     const bool isLoaded =

@@ -117,7 +117,7 @@ int MarkupDocument::FindNode(int typeMask) {
     if (start < 0) {
         return 0;
     }
-    TokenPos token(docText_.view(), docFlags_, start);
+    TokenPos token = tokenAt(start);
     NodePos node;
     int elem = pos_.main;
     while (true) {
@@ -130,10 +130,11 @@ int MarkupDocument::FindNode(int typeMask) {
             return 0;
         }
         if (typeMask == 0 || (typeMask & type) != 0) {
+            // On another node the main element is the last one passed: a search goes on behind it.
             pos_ = {pos_.parent, elem, 0, type, isElem ? 0 : node.start, isElem ? 0 : node.length};
             return type;
         }
-        if (isElem) {
+        if (isElem) {  // what it holds is passed over by its record
             token.next = tree_[elem].start + tree_[elem].length;
         }
     }

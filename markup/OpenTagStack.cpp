@@ -1,3 +1,12 @@
+// In a document without mistakes the innermost tag is always the one to close, and nothing but the
+// stack is needed. The index is for files that are broken on purpose: with 700,000 open tags, each
+// of 700,000 end tags that close none would be compared with all of them. So as not to pay for it
+// in vain, tags are entered when an end tag first fails to close the innermost one, and then only
+// those pushed since the last time.
+//
+// A node is reached by as many segments as the name was cut into, each compared once: entering a
+// name, and finding one, takes time linear in its length, also for a name made of "=" alone.
+
 #include "markup/OpenTagStack.h"
 
 #include "markup/text/CharClass.h"

@@ -1,3 +1,6 @@
+// One function for each rule of the grammar, which takes what it can from the scan offset on and
+// tells whether that was whole. There is nothing to go back to: the next byte always decides.
+
 #include "markup/PathPos.h"
 
 #include "markup/text/CharClass.h"
@@ -18,6 +21,7 @@ bool PathPos::ParsePath() {
         type = PathInvalid;
         return false;
     }
+    // The rest was only to be checked.
     offset = nameStart;
     const std::size_t nameEnd = markup::findClass(text_, nameStart, ClassPathName);
     firstName_ = text_.substr(nameStart, nameEnd - nameStart);
@@ -52,6 +56,7 @@ bool PathPos::parseSegment() {
     return isValid;
 }
 
+/// Passes over what stands between the brackets of a predicate.
 bool PathPos::parsePredicate() {
     if (take('@')) {
         std::string_view value;
@@ -60,7 +65,7 @@ bool PathPos::parsePredicate() {
     if (!isDigitNext()) {
         return skipName();
     }
-    const bool isPosition = !at('0');
+    const bool isPosition = !at('0');  // positions count from 1 and have no leading zeros
     while (isDigitNext()) {
         ++offset;
     }

@@ -11,6 +11,7 @@
 
 namespace {
 
+/// The attribute of the value text; where several bits are set, the first in this order counts.
 std::string_view valueName(int code) {
     return (code & RESULT_TYPE) != 0       ? "type"
            : (code & RESULT_ENCODING) != 0 ? "encoding"
@@ -18,6 +19,7 @@ std::string_view valueName(int code) {
                                            : "tagname";
 }
 
+/// The same for the number.
 std::string_view numberName(int code) {
     return (code & RESULT_NUMBER) != 0   ? "n"
            : (code & RESULT_COUNT) != 0  ? "count"
@@ -31,6 +33,7 @@ void forEachAttribute(const Result& result, Set set) {
     if (!result.value.isNull()) {
         set(valueName(result.code), EscapeText(result.value, EscapeFlagQuotes));
     }
+    // That only "offset" is left out for -1 is required.
     const std::string_view number = numberName(result.code);
     if (number != "offset" || result.number != -1) {
         set(number, std::to_string(result.number));

@@ -1,3 +1,6 @@
+// All messages stand in one table. The parts are written so that the joined line reads as a
+// sentence: "BOM + UTF-8 length 9 to ISO-8859-1 length 8".
+
 #include "markup/ResultMessages.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Slots are made when they are first used: a map may have been given any number of them.
+
 #include "markup/SavedPosMap.h"
 
 #include <algorithm>
@@ -25,7 +27,7 @@ SavedPosMap* SavedPosMapArray::GetMap(int number) {
     if (number < 0) {
         return nullptr;
     }
-    highest_ = std::max(highest_, number);
+    highest_ = std::max(highest_, number);  // all below exist from now on, too
     return &maps_[number];
 }
 

@@ -1,3 +1,11 @@
+// The second byte of a node tells what it is, and its end is looked for from there on: for most
+// nodes by one search for their terminator. Tags are the exception, since a ">" in quotes does not
+// end them: they are cut into tokens by the same function that the walk over their attributes uses,
+// so that both always agree on what is quoted.
+//
+// No function here copies text or fails. What is wrong becomes a result of its node, and the cursor
+// always moves on, past at least one byte.
+
 #include "markup/TokenPos.h"
 
 #include <algorithm>
@@ -38,6 +46,7 @@ bool TokenPos::FindName() {
     flags_ &= ~TokenFlagQuoted;
     const std::size_t first = markup::skipClass(text_, position(), ClassSpace);
     const std::size_t end = markup::findClass(text_, first, ClassName);
+    // At a byte that ends names the cursor stays, for the caller to pass over or not.
     setToken(first, end);
     next = static_cast<int>(end);
     return end > first;
