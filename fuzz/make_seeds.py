@@ -72,14 +72,13 @@ def short(text):
 
 
 def load():
-    moves = bytes(range(10)) * 3 + bytes([0, 1, 2, 1, 0, 0, 4, 255, 255, 6, 1, 0, 0, 3])
+    moves = bytes(range(8)) * 3 + bytes([0, 1, 2, 1, 0, 0, 4, 255, 255, 5, 1, 0, 0, 3])
     for document in documents():
         yield b"\0\0" + short(moves) + document
 
 
 def save():
-    for document in documents():
-        yield b"\0\0" + document
+    yield from documents()
 
 
 def convert():

@@ -39,6 +39,8 @@ class MarkupDocument {
         int nodeType = 0;    ///< type of the current node, `NodeElement` on an element, 0 on none
         int nodeOffset = 0;  ///< where the current node lies when it is not an element
         int nodeLength = 0;  ///< its length; 0 on an element
+
+        bool operator==(const Position&) const = default;
     };
 
     /// Makes an empty document.
