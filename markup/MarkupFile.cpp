@@ -13,12 +13,20 @@
 
 namespace {
 
-/// What a caller learns of a file beside its text.
+/// What a caller learns of a file beside its text, in places of its own; the results and the flags
+/// that it does not ask for are kept here.
 struct FileReport {
-    std::string& results;             ///< replaced by the log of all steps
-    int& flags;                       ///< document flags, in and out
-    std::string* encoding = nullptr;  ///< see settleEncoding
-    int error = 0;                    ///< errno of the first call that failed, 0 for none
+    FileReport(std::string* callersResults, int* callersFlags, std::string* callersEncoding)
+        : results(callersResults != nullptr ? callersResults : &ownResults),
+          flags(callersFlags != nullptr ? callersFlags : &ownFlags),
+          encoding(callersEncoding) {}
+
+    std::string* results;   ///< replaced by the log of all steps
+    int* flags;             ///< document flags, in and out
+    std::string* encoding;  ///< see settleEncoding; may be null
+    int error = 0;          ///< errno of the first call that failed, 0 for none
+    std::string ownResults;
+    int ownFlags = 0;
 };
 
 /// Runs `work`, which reports; where memory runs out it has failed, and the report says so.
@@ -27,7 +35,7 @@ bool withinMemory(FileReport& report, Work work) {
     try {
         return work();
     } catch (const std::bad_alloc&) {
-        markup::addOutOfMemory(report.results);
+        markup::addOutOfMemory(*report.results);
         report.error = ENOMEM;
         return false;
     }
@@ -49,7 +57,7 @@ void settleEncoding(FilePos& file, std::string* encoding) {
 template <class File>
 bool openFile(File& file, TextArg path, FileReport& report) {
     const bool isOpen = file.FileOpen(path);
-    report.results = file.ioResult;
+    *report.results = file.ioResult;
     report.error = file.fileError();
     return isOpen;
 }
@@ -57,15 +65,15 @@ bool openFile(File& file, TextArg path, FileReport& report) {
 /// Closes the file, and completes the report on it.
 bool closeFile(FilePos& file, FileReport& report) {
     const bool isClosed = file.FileClose();
-    report.results += file.ioResult;
+    *report.results += file.ioResult;
     report.error = file.fileError();
-    report.flags = file.docFlags;
+    *report.flags = file.docFlags;
     return isClosed;
 }
 
 /// Reads the whole of a file; when it can't be opened, `text` is empty.
 bool readFile(TextArg path, TextBuffer& text, FileReport& report) {
-    FileReading file(report.flags);
+    FileReading file(*report.flags);
     text.truncate(0);
     if (!openFile(file, path, report)) {
         return false;
@@ -82,7 +90,7 @@ bool readFile(TextArg path, TextBuffer& text, FileReport& report) {
 /// What was not written to the last byte is a failure, also when only closing tells.
 bool writeFile(TextArg path, std::string_view text, FileReport& report) {
     return withinMemory(report, [&] {
-        FileWriting file(report.flags);
+        FileWriting file(*report.flags);
         if (!openFile(file, path, report)) {
             return false;
         }
@@ -102,7 +110,7 @@ bool MarkupDocument::Load(TextArg path) {
     // First of all, before there is anything that can fail: a load that fails must not leave
     // records of the text that it replaces.
     forgetRecords();
-    FileReport report{resultText_, docFlags_};
+    FileReport report(&resultText_, &docFlags_, nullptr);
     const bool isLoaded =
         withinMemory(report, [&] { return readFile(path, docText_, report) && x_ParseDoc(); });
     fileError_ = report.error;
@@ -115,10 +123,7 @@ bool MarkupDocument::Load(TextArg path) {
 
 bool MarkupDocument::ReadTextFile(TextArg path, std::string& text, std::string* results, int* flags,
                                   std::string* encoding) {
-    std::string ownResults;
-    int ownFlags = 0;
-    FileReport report{results != nullptr ? *results : ownResults,
-                      flags != nullptr ? *flags : ownFlags, encoding};
+    FileReport report(results, flags, encoding);
     text.clear();
     return withinMemory(report, [&] {
         TextBuffer buffer;
@@ -133,7 +138,7 @@ bool MarkupDocument::Save(TextArg path) {
         return false;
     }
     int flags = docFlags_;  // the document keeps its own
-    FileReport report{resultText_, flags};
+    FileReport report(&resultText_, &flags, nullptr);
     const bool isSaved = writeFile(path, docText_.view(), report);
     fileError_ = report.error;
     return isSaved;
@@ -141,10 +146,7 @@ bool MarkupDocument::Save(TextArg path) {
 
 bool MarkupDocument::WriteTextFile(TextArg path, const std::string& text, std::string* results,
                                    int* flags, std::string* encoding) {
-    std::string ownResults;
-    int ownFlags = 0;
-    FileReport report{results != nullptr ? *results : ownResults,
-                      flags != nullptr ? *flags : ownFlags, encoding};
+    FileReport report(results, flags, encoding);
     return writeFile(path, text, report);
 }
 

@@ -70,7 +70,7 @@ std::string markup::renderResults(std::string_view log) {
     bool hasParseError = false;
     for (const int start : findResults(log)) {
         const std::string_view name = resultName(log, start);
-        const auto* const row =
+        const ResultMessage* const row =
             std::find_if(resultMessages.begin(), resultMessages.end(),
                          [name](const ResultMessage& other) { return other.name == name; });
         if (row == resultMessages.end() || (row->isParseError && hasParseError)) {
