@@ -152,32 +152,20 @@ class MarkupDocument {
 
     // ---- Characters and encodings (see UnicodeCodec.h and TextEncoding.h)
 
-    static int GetEncodingCodePage(TextArg name) { return x_GetEncodingCodePage(name); }
+    static constexpr auto GetEncodingCodePage = ::x_GetEncodingCodePage;
+    static constexpr auto EncodeCharUTF8 = ::EncodeCharUTF8;
+    static constexpr auto EncodeCharUTF16 = ::EncodeCharUTF16;
+    static constexpr auto DecodeCharUTF8 = ::DecodeCharUTF8;
+    static constexpr auto DecodeCharUTF16 = ::DecodeCharUTF16;
+    static constexpr auto UTF16To8 = ::UTF16To8;
+    static constexpr auto UTF8To16 = ::UTF8To16;
+    static constexpr auto AToUTF8 = ::AToUTF8;
+    static std::string UTF8ToA(TextArg text, int* failedCharacters = nullptr) {
+        return ::UTF8ToA(text, failedCharacters);
+    }
     static bool DetectUTF8(const char* text, int length, int* nonAscii = nullptr,
                            bool* errorAtEnd = nullptr) {
         return ::DetectUTF8(text, length, nonAscii, errorAtEnd);
-    }
-    static void EncodeCharUTF8(int character, char* target, int& length) {
-        ::EncodeCharUTF8(character, target, length);
-    }
-    static void EncodeCharUTF16(int character, unsigned short* target, int& length) {
-        ::EncodeCharUTF16(character, target, length);
-    }
-    static int DecodeCharUTF8(const char*& cursor, const char* end) {
-        return ::DecodeCharUTF8(cursor, end);
-    }
-    static int DecodeCharUTF16(const unsigned short*& cursor, const unsigned short* end) {
-        return ::DecodeCharUTF16(cursor, end);
-    }
-    static int UTF16To8(char* target, const unsigned short* source, int length) {
-        return ::UTF16To8(target, source, length);
-    }
-    static int UTF8To16(unsigned short* target, const char* source, int length) {
-        return ::UTF8To16(target, source, length);
-    }
-    static std::string AToUTF8(TextArg text) { return ::AToUTF8(text); }
-    static std::string UTF8ToA(TextArg text, int* failedCharacters = nullptr) {
-        return ::UTF8ToA(text, failedCharacters);
     }
 
     // ---- Workers

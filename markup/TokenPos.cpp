@@ -3,8 +3,8 @@
 // end them: they are cut into tokens by the same function that the walk over their attributes uses,
 // so that both always agree on what is quoted.
 //
-// No function here copies text or fails. What is wrong becomes a result of its node, and the cursor
-// always moves on, past at least one byte.
+// Nothing fails, and tokens are views: what is wrong becomes a result of its node, and the cursor
+// moves on, past at least one byte.
 
 #include "markup/TokenPos.h"
 
@@ -63,10 +63,9 @@ bool TokenPos::nextTagToken(bool afterEqual) {
     }
     if (isQuote(text_[first])) {
         flags_ |= TokenFlagQuoted;
-        const std::size_t close = text_.find(text_[first], first + 1);
-        const std::size_t end = std::min(close, text_.size());
+        const std::size_t end = std::min(text_.find(text_[first], first + 1), text_.size());
         setToken(first + 1, end);
-        next = static_cast<int>(close == npos ? end : end + 1);
+        next = static_cast<int>(std::min(end + 1, text_.size()));
         return true;
     }
     const CharClass stop = afterEqual ? ClassAttrValue : ClassAttrName;
