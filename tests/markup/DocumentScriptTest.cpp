@@ -53,6 +53,7 @@ class Script {
             {"save", [](S& s, const A& a) { return answer(s.doc.SavePos(name(a), map(a))); }},
             {"restore", [](S& s, const A& a) { return answer(s.doc.RestorePos(name(a), map(a))); }},
             {"mapsize", [](S& s, const A& a) { return answer(s.doc.SetMapSize(std::stoi(a[0]), map(a))); }},
+            {"parseelem", [](S& s, const A& a) { return s.parseElem(std::stoi(a[0]), std::stoi(a[1])); }},
             {"release", [](S& s, const A& a) { return s.release(std::stoi(a[0])); }},
             {"outofrange", [](S& s, const A&) { return s.outOfRange(); }},
             {"pos", [](S& s, const A&) { return s.position(); }},
@@ -65,6 +66,7 @@ class Script {
             {"declared", [](S&, const A& a) { return MarkupDocument::GetDeclaredEncoding(a[0]); }},
             {"add", [](S& s, const A& a) { return s.addResult(a); }},
             {"setlog", [](S& s, const A& a) { return s.log_ = a[0]; }},
+            {"addto", [](S& s, const A& a) { s.log_.assign(std::stoul(a[0]), 'x'); x_AddResult(s.log_, "bom"); return s.log_.substr(std::stoul(a[0])); }},
             {"render", [](S&, const A& a) { return markup::renderResults(a[0]); }},
             {"file", [](S& s, const A& a) { std::ofstream(s.path_, std::ios::binary) << a[0]; return a[0]; }},
             {"load", [](S& s, const A& a) { return answer(s.doc.Load(a.empty() ? s.path_ : a[0])); }},
@@ -81,7 +83,7 @@ class Script {
         const std::string result =
             found == operations.end() ? "no such operation" : found->second(*this, arguments);
         isEdited_ = operation == "release" || operation == "outofrange" ||
-                    (isEdited_ && operation != "doc");
+                    operation == "parseelem" || (isEdited_ && operation != "doc");
         const std::string broken = isEdited_ ? "" : doc.checkInvariants();
         return broken.empty() ? result : "broken: " + broken;
     }
@@ -111,10 +113,15 @@ class Script {
             NodePos node;
             out << doc.x_FindElem(pos, pos, any) << doc.x_ReleasePos(pos) << doc.startTagLength(pos)
                 << doc.x_GetTagName(pos) << doc.x_GetData(pos) << doc.x_GetAttrib(pos, "b")
-                << (pos == 0 ? 0 : doc.x_ParseElem(pos, token)) << token.ParseNode(node)
-                << token.FindName() << token.FindAttrib("b") << ' ';
+                << doc.x_GetPath(pos) << (pos == 0 ? 0 : doc.x_ParseElem(pos, token))
+                << token.ParseNode(node) << token.FindName() << token.FindAttrib("b") << ' ';
         }
         return out.str() + doc.x_GetTagName(doc.x_GetFreePos());
+    }
+
+    std::string parseElem(int parent, int offset) {
+        TokenPos token(doc.GetDoc(), 0, offset);
+        return std::to_string(doc.x_ParseElem(parent, token));
     }
 
     std::string release(int pos) {
