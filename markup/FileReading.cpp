@@ -61,10 +61,10 @@ bool isUtf8(std::string_view encoding) {
     return x_GetEncodingCodePage(encoding) == CodePageUtf8;
 }
 
-/// Whether the system has a converter from this encoding, without asking where it always has.
-bool isConvertible(std::string_view encoding) {
-    return encoding == "UTF-8" || encoding == "utf-8" ||
-           TextEncoding::CanConvert("UTF-8", encoding);
+/// Why there is no converter from this encoding, without asking where the system always has one.
+int converterError(std::string_view encoding) {
+    const bool isUsual = encoding == "UTF-8" || encoding == "utf-8";
+    return isUsual ? 0 : TextEncoding::converterError("UTF-8", encoding);
 }
 
 }  // namespace
@@ -121,13 +121,16 @@ bool FileReading::FileReadText(TextBuffer& text) {
     if (!isUtf16() && encoding.empty()) {
         encoding = "UTF-8";
     }
-    const bool isToConvert = isUtf16() || isConvertible(encoding);
+    const int error = isUtf16() ? 0 : converterError(encoding);
+    if (error != 0 && error != EINVAL) {
+        return FileErrorAddResult(error);  // there may be one, another time
+    }
     const bool isRead = FileRead(text.reset(static_cast<std::size_t>(opByteLength)));
     if (mayBeRagged) {
         FileCheckRaggedEnd(text.data());
     }
     text.truncate(static_cast<std::size_t>(opTextLength) * static_cast<std::size_t>(charUnitSize));
-    return (!isToConvert || convertToUtf8(text)) && isRead;
+    return (error != 0 || convertToUtf8(text)) && isRead;
 }
 
 bool FileReading::FileRead(void* buffer) {

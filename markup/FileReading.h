@@ -19,7 +19,7 @@ class FileReading : public FilePos {
     bool FileOpen(TextArg path);
 
     /// Reads `opByteLength` bytes as text into `text`, in UTF-8 unless there is no converter for
-    /// the encoding.
+    /// the encoding. False, with no text, when one can't be opened now or the conversion fails.
     bool FileReadText(TextBuffer& text);
 
     /// Reads `opByteLength` bytes into `buffer`, removes zero units and brings UTF-16 into host

@@ -80,8 +80,12 @@ bool FileWriting::FileWriteText(std::string_view text, int length) {
         x_AddResult(ioResult, ResultWrite, encoding, RESULT_ENCODING | RESULT_LENGTH, 0);
         return true;
     }
-    if (isUtf16() || TextEncoding::CanConvert(encoding, "UTF-8")) {
+    const int error = isUtf16() ? 0 : TextEncoding::converterError(encoding, "UTF-8");
+    if (error == 0) {
         return writeConverted(text);
+    }
+    if (error != EINVAL) {
+        return FileErrorAddResult(error);  // there may be a converter, another time
     }
     opTextLength = static_cast<int>(text.size());
     return FileWrite(nullptr, text.data());
@@ -93,15 +97,18 @@ bool FileWriting::writeConverted(std::string_view text) {
     const std::string_view to = isUtf16() ? "UTF-16" : std::string_view(encoding);
     const auto size = static_cast<int>(text.size());
     TextEncoding conversion("UTF-8", text.data(), size);
-    const std::int64_t bytes =
-        std::int64_t{conversion.PerformConversion(nullptr, to)} * unitSizeOf(to);
-    if (conversion.error() != 0 || bytes > INT_MAX) {
-        return FileErrorAddResult(bytes > INT_MAX ? EFBIG : conversion.error());
+    const int measured = conversion.PerformConversion(nullptr, to);
+    const std::int64_t bytes = std::int64_t{measured} * unitSizeOf(to);
+    if (bytes > INT_MAX) {
+        return FileErrorAddResult(EFBIG);
     }
     const Pages buffer(static_cast<std::size_t>(bytes), Pages::usual);
     // Less than was measured where a stateful converter shifts otherwise when it starts a new
     // piece. Into nothing nothing is converted: it would be measured anew.
-    const int units = bytes == 0 ? 0 : conversion.PerformConversion(buffer.data(), nullptr);
+    const int units = measured == 0 ? 0 : conversion.PerformConversion(buffer.data(), nullptr);
+    if (conversion.error() != 0) {
+        return FileErrorAddResult(conversion.error());
+    }
     opTextLength = units * unitSizeOf(to) / charUnitSize;
     x_AddResult(ioResult, ResultConvertedFrom, "UTF-8", RESULT_ENCODING | RESULT_LENGTH, size);
     if (conversion.failedCharacters() != 0) {

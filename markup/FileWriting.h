@@ -20,7 +20,8 @@ class FileWriting : public FilePos {
     void chooseEncoding(std::string_view text);
 
     /// Writes the first `length` bytes of a UTF-8 text, all for a negative length, in the encoding
-    /// of the file; unconverted when there is no converter for it.
+    /// of the file; unconverted when there is no converter for it. False when one can't be opened
+    /// now or the conversion fails.
     bool FileWriteText(std::string_view text, int length = -1);
 
     /// Writes `opTextLength` units of whichever buffer is given, the other being null, swapped for

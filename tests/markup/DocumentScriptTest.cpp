@@ -75,7 +75,8 @@ class Script {
             {"bytes", [](S& s, const A&) { return s.bytes(); }},
             {"write", [](S& s, const A& a) { return s.write(a); }},
             {"flush", [](S& s, const A& a) { return s.flush(a); }},
-            {"limit", [](S&, const A& a) { return limitFileSize(std::stoul(a[0])); }},
+            {"limit", [](S&, const A& a) { return limit(RLIMIT_FSIZE, a); }},
+            {"descriptors", [](S&, const A& a) { return limit(RLIMIT_NOFILE, a); }},
             {"roundtrip", [](S& s, const A& a) { return s.roundTrip(a[0], a[1]); }},
         };
         // clang-format on
@@ -236,13 +237,17 @@ class Script {
         return told + "|" + answer(file.FileClose());
     }
 
-    /// Limits the size of files that the process writes; 0 takes the limit away.
-    static std::string limitFileSize(unsigned long bytes) {
+    /// Limits what the process may use, the size of files that it writes or the descriptors beyond
+    /// those it has; 0 takes the limit away.
+    static std::string limit(decltype(RLIMIT_FSIZE) resource, const script::Arguments& a) {
         std::signal(SIGXFSZ, SIG_IGN);
+        const int next = dup(STDERR_FILENO);
+        close(next);
         rlimit limit{};
-        getrlimit(RLIMIT_FSIZE, &limit);
-        limit.rlim_cur = bytes == 0 ? limit.rlim_max : bytes;
-        return answer(setrlimit(RLIMIT_FSIZE, &limit) == 0);
+        getrlimit(resource, &limit);
+        const rlim_t least = resource == RLIMIT_NOFILE ? static_cast<rlim_t>(next) : 0;
+        limit.rlim_cur = a[0] == "0" ? limit.rlim_max : least + std::stoul(a[0]);
+        return answer(setrlimit(resource, &limit) == 0);
     }
 
     /// Writes a document with this text in this encoding, then loads, saves and loads it; tells
