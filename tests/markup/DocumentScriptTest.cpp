@@ -38,6 +38,7 @@ class Script {
             {"flags", [](S& s, const A& a) { s.doc.SetDocFlags(std::stoi(a[0])); return a[0]; }},
             {"getflags", [](S& s, const A&) { return std::to_string(s.doc.GetDocFlags()); }},
             {"text", [](S& s, const A&) { return std::string(s.doc.GetDoc()); }},
+            {"own", [](S& s, const A& a) { return answer(s.doc.SetDoc(s.doc.GetDoc().data() + std::stoi(a[0]))); }},
             {"repeat", [](S& s, const A& a) { return answer(s.doc.SetDoc(repeat(a))); }},
             {"tree", [](S& s, const A&) { return s.tree(); }},
             {"nodes", [](S&, const A& a) { return nodes(a[0]); }},
