@@ -7,6 +7,7 @@
 
 #include "markup/ResultLog.h"
 
+// That there are several top-level elements, or none, sets no flag: the links show it.
 void ElemParser::parseDocument(TokenPos token) {
     const int first = parse(0, token);
     tree_[0].length = token.next;
@@ -99,6 +100,7 @@ inline void ElemParser::linkLastChild(int pos, ElemPos& elem) {
     last_ = pos;
 }
 
+/// Ends the innermost open element that has this name, and all in it as unended.
 void ElemParser::endElem(const NodePos& node, std::string_view name) {
     const int depth = tags_.findMatch(name);
     if (depth == 0) {

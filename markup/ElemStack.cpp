@@ -24,6 +24,7 @@ int ElemStack::PushTagAndCount(std::string_view name) {
         Alloc(std::max(initialTags, 2 * static_cast<int>(tags_.size())));
     }
     tags_.push_back({std::string(name), 1, current_, head});
+    // The newest entry comes first in its slot: it is the likeliest to be asked for.
     current_ = head = static_cast<int>(tags_.size());
     return 1;
 }

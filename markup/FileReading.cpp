@@ -78,6 +78,8 @@ bool FileReading::FileOpen(TextArg path) {
     return (measure() && (fileByteLength == 0 || findEncoding())) || giveUp();
 }
 
+// Only what lies near the start of a file can say what it is in: read again with the rest, it needs
+// no place of its own.
 bool FileReading::findEncoding() {
     std::array<char, 1024> probe;
     const auto length = static_cast<std::size_t>(
@@ -153,6 +155,7 @@ bool FileReading::FileRead(void* buffer) {
     return true;
 }
 
+/// Takes the zero units out, which no XML has: of UTF-16 without a mark the ASCII text is left.
 void FileReading::closeUpNulls(void* buffer) {
     const int kept = charUnitSize == 2 ? removeNulls<unsigned short>(buffer, opTextLength)
                                        : removeNulls<char>(buffer, opTextLength);

@@ -53,7 +53,7 @@ bool MarkupDocument::setText(std::string_view text) {
 
 bool MarkupDocument::x_ParseDoc() {
     forgetRecords();
-    // Before it is known how many elements there will be.
+    // Before it is known how many elements there will be. Record 0 may have its place only now.
     constexpr std::size_t bytesForRecord = 64;
     tree_.reserve(static_cast<int>(docText_.size() / bytesForRecord + 8));
     tree_.restart();
@@ -90,6 +90,7 @@ bool MarkupDocument::IsWellFormed() const {
     if (hasFlag(DocFlagWriteFile)) {
         return true;
     }
+    // While a document is read node by node, its one root may still be to come.
     const bool hasRecords = recordCount() != 0;
     if (hasRecords && tree_[0].hasFlag(ElemFlagIllFormed)) {
         return false;

@@ -225,6 +225,7 @@ bool MarkupDocument::GetNthAttrib(int n, std::string& name, std::string& value) 
     if (!token.FindAttrib(nullptr, n - attribWalk_.number, &found)) {
         return false;
     }
+    // Of one number more the walk goes on at this name, of a smaller one it begins anew.
     attribWalk_ = {pos_.main, n, token.priorName};
     name = std::move(found);
     value.clear();
