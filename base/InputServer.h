@@ -7,7 +7,7 @@ namespace vek {
 
 /// The registry of input drivers, by which streams are opened under names that may choose their
 /// driver: "data.bin::memory", "images/*.raw::buffer:16". Names that are no existing files are
-/// taken as patterns. One for the process, for use from one thread.
+/// taken as patterns. One for the process.
 ///
 /// - multi: all files that the name matches, as one; its options are the driver of the members and
 ///   that driver's options, "buffer:2" by default
