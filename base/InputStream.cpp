@@ -9,6 +9,10 @@
 
 #include "base/Exception.h"
 
+// What every stream has in common, and what they ask the system about names. Numbers are read by
+// bytes and turned to the machine's order only at the end, so that one piece of code serves both
+// orders: the value lies at the end of the field in which the data have its lowest byte.
+
 namespace vek {
 
 constinit const InputStream::ByteOrder InputStream::HW_BYTE_ORDER = hw_byte_order();

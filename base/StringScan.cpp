@@ -1,4 +1,7 @@
-// The operations of vek::String that search, compare, test and convert the text.
+// The operations of vek::String that search, compare, test and convert the text. Those that take a
+// text to search for see only what stands before the first NUL, as the C library's functions do by
+// which they are defined; those that take one character see the whole text. Numbers are converted
+// by the C library, in the "C" locale that no program of this project ever leaves.
 #include <strings.h>
 
 #include <algorithm>

@@ -1,3 +1,9 @@
+// A configuration has 48 lists of thousands of values, and most files have several configurations
+// of the same size. So the lists are emptied from one to the next and their memory is kept, and a
+// vector is appended in batches: a list of the usual length takes its memory once, at its first
+// vector, and none ever after. What a vector lacks in length is not put into its list; the record's
+// writer fills it up.
+
 #include "converter/CoefficientTable.h"
 
 #include <algorithm>

@@ -1,3 +1,7 @@
+// The loop over the files. All that a file has to do with another one goes through here: the file
+// type, which the header reader compares, and the identifier of the NUC table. A file's document
+// lives for one turn of the loop; the coefficient table lives for all, for its memory.
+
 #include "converter/Converter.h"
 
 #include "base/FileUtils.h"

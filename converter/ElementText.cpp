@@ -2,6 +2,9 @@
 
 #include <cstdlib>
 
+// Numbers are what strtol and strtod make of a text, and nothing is tested: what stands behind a
+// number is ignored, and no number is 0. Whoever wants to know more asks before converting.
+
 std::string findElementText(MarkupDocument& document, const PathPos& path) {
     return document.FindElem(path) ? document.GetData() : std::string();
 }

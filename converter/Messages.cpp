@@ -1,3 +1,8 @@
+// A message is put together in a string whose memory is kept, and handed over whole: the usual ones
+// take no memory, and none is ever seen in parts. Text and order of each is what those who watch
+// the runs have scripts for; also where a message has no line end, and the next one follows on the
+// same line.
+
 #include "converter/Messages.h"
 
 #include <array>

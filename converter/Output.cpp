@@ -1,3 +1,11 @@
+// The record is read by programs, so it is written in large pieces; the messages are read by people
+// while the run goes on, so each is written when it is said. Between the two there is no other
+// order than this: a message never waits, so whatever part of the record comes behind it is written
+// behind it.
+//
+// Either may be a pipe that somebody has set not to block. A full one is waited for; to give up
+// there would lose a message, or end a run that is all right.
+
 #include "converter/Output.h"
 
 #include <poll.h>

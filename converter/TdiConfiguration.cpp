@@ -1,3 +1,12 @@
+// A configuration is read by one walk of the document's cursor: forward only, into an element and
+// out again. What is not found leaves the cursor where it was, and the moves that follow are made
+// all the same. So a detector without its pixel count is read as one of no pixels, and one without
+// that and its equalization leaves the cursor one level too high, where no further detector is
+// found: that damaged files read like this is required, and costs no test that could be wrong.
+//
+// The label and EPSILON are written at once, the pixel count and the vectors only when the last
+// detector has been read: P is the largest of all.
+
 #include "converter/TdiConfiguration.h"
 
 #include <algorithm>

@@ -1,3 +1,7 @@
+// Of a run the first file gives the prologue, and whether a file is the first is told by the file
+// type, which is still empty then. The three dates share one value, so that a text that is no date
+// leaves the date before it in its place: the prologue has its three dates whatever the file says.
+
 #include "converter/VORN.h"
 
 #include <cerrno>

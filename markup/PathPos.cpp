@@ -1,5 +1,8 @@
 // One function for each rule of the grammar, which takes what it can from the scan offset on and
 // tells whether that was whole. There is nothing to go back to: the next byte always decides.
+//
+// All of a path is checked, but only its first name is ever used. A path whose rest is wrong finds
+// nothing; one whose rest is right finds what its first name finds. Callers rely on both.
 
 #include "markup/PathPos.h"
 

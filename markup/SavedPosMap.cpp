@@ -1,4 +1,6 @@
-// Slots are made when they are first used: a map may have been given any number of them.
+// Slots are made when they are first used: a map may have been given any number of them, and a
+// document any number of maps. What a slot is for, to keep a search short, the maps of the standard
+// library do; the number of slots only shows in which names share one.
 
 #include "markup/SavedPosMap.h"
 

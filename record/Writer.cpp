@@ -1,3 +1,10 @@
+// The writer keeps nothing: it knows neither which fields were written nor where the record stands,
+// and each method is its group of fields in their forms. That the groups come in their order is the
+// caller's business, which the order of its own work makes it.
+//
+// Raw values are the bytes that the machine has in memory. On one with another byte order the
+// record has that order, and nothing in it says so.
+
 #include "record/Writer.h"
 
 #include <algorithm>

@@ -1,3 +1,8 @@
+// Names are compared byte by byte in whatever encoding they are. Folding case is safe for ASCII
+// only, and only as long as no byte of another character has come: behind one, what looks like a
+// letter may be the second byte of a character of two. The sums of bytes choose slots of hash
+// tables; bytes count as signed and wrap around, as the tables that others keep count them.
+
 #include "markup/text/NameCompare.h"
 
 #include <cstring>

@@ -1,3 +1,8 @@
+// The layer's own codecs are loose on purpose. They join what looks like a sequence by the bits of
+// its lead byte and look no closer: overlong forms, surrogates and values that no character has
+// pass through and come out again. What texts that are not quite UTF-8 become is settled that way,
+// and may not change. Where strictness is wanted, the sweep or the system's converter has it.
+
 #include "markup/text/UnicodeCodec.h"
 
 #include <algorithm>
