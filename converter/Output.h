@@ -27,7 +27,7 @@ class Output : public record::Sink {
 
     /// Writes a message, in one system call if that takes it whole. A descriptor that is full for
     /// now is waited for; what can't be written at all is dropped: there is nobody left to tell.
-    void say(std::string_view message);
+    void say(std::string_view message) const;
 
   private:
     void writeRecord(std::string_view bytes) const;
