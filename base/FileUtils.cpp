@@ -82,8 +82,7 @@ void listEntry(const std::string& name, const char* pattern, bool recursive,
         return;
     }
     if (!S_ISDIR(status.st_mode)) {
-        result.append(file.get());
-        static_cast<void>(file.release());
+        result.append(std::move(file));
     } else if (recursive && name != "." && name != ".." && !isOnPath(path, status)) {
         Level level;
         level.path = std::move(*file);

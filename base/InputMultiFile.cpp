@@ -12,6 +12,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <memory>
+#include <string>
+#include <utility>
 
 #include "base/Exception.h"
 #include "base/FileUtils.h"
@@ -94,8 +96,7 @@ bool InputMultiFile::addMember(const char* name, const char* driver, const char*
     if (!member) {
         return false;
     }
-    members_.append(member.get());
-    static_cast<void>(member.release());
+    members_.append(std::move(member));
     return true;
 }
 
@@ -113,9 +114,7 @@ bool InputMultiFile::addMatches(const char* driver, const char* options) {
             matches = true;
         } else if (isNameText(path)) {
             matches = true;
-            auto text = std::make_unique<InputSStream>(path.c_str(), order_, nameText(path));
-            members_.append(text.get());
-            static_cast<void>(text.release());
+            members_.append(std::make_unique<InputSStream>(path.c_str(), order_, nameText(path)));
         } else if (FileUtils::checkFile(path.c_str())) {
             matches = true;
             if (!addMember(path.c_str(), driver, options)) {

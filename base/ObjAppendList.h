@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <type_traits>
 #include <unordered_set>
@@ -103,9 +104,17 @@ template <class T>
 class ObjAppendListP : public ObjAppendList<T*> {
   public:
     using ObjAppendList<T*>::ObjAppendList;
+    using ObjAppendList<T*>::append;
 
     /// As removeAll, and releases the block.
     ~ObjAppendListP() { removeAll(); }
+
+    /// Takes the object over. Throws std::bad_alloc, with the object destroyed and the list as it
+    /// was, when the storage cannot grow.
+    void append(std::unique_ptr<T> object) {
+        append(object.get());
+        static_cast<void>(object.release());
+    }
 
     /// Deletes every object once, in the order of its first occurrence, and keeps the storage for
     /// others. (That of the base class, by a reference to it, leaves the objects to the caller.)
