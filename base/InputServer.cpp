@@ -28,13 +28,7 @@ InputServer& InputServer::addDriver(const char* name, Driver driver, const char*
     if (name == nullptr || *name == '\0' || driver == nullptr) {
         return *this;
     }
-    auto newName = std::make_unique<String>(name);
-    auto newOptions = std::make_unique<String>(options);
-    names_.append(newName.get());
-    static_cast<void>(newName.release());
-    options_.append(newOptions.get());
-    static_cast<void>(newOptions.release());
-    drivers_.append(driver);
+    drivers_.append(std::make_unique<Entry>(Entry{String(name), String(options), driver}));
     return *this;
 }
 
@@ -46,8 +40,8 @@ void InputServer::setDriverDefault(const char* name) {
 
 InputServer& InputServer::setDriverOption(const char* options, const char* driver) {
     const long found = findDriver(driver == nullptr ? defaultDriver_ : String(driver));
-    if (options != nullptr && found >= 0 && !options_[found]->isNull()) {
-        *options_[found] = options;
+    if (options != nullptr && found >= 0 && !drivers_[found]->options.isNull()) {
+        drivers_[found]->options = options;
     }
     return *this;
 }
@@ -55,7 +49,7 @@ InputServer& InputServer::setDriverOption(const char* options, const char* drive
 /// The newest driver of that name, -1 for none.
 long InputServer::findDriver(const String& name) const {
     long index = drivers_.count() - 1;
-    while (index >= 0 && names_[index]->view() != name.view()) {
+    while (index >= 0 && drivers_[index]->name.view() != name.view()) {
         --index;
     }
     return index;
@@ -100,27 +94,28 @@ InputStream* InputServer::openFile(const char* name, InputStream::ByteOrder orde
     if (found < 0) {
         return nullptr;
     }
-    const String& defaultOptions = *options_[found];
+    const Entry& entry = *drivers_[found];
     if (chosenOptions == nullptr) {
-        chosenOptions = textOrNull(defaultOptions);
-    } else if (defaultOptions.isNull()) {
+        chosenOptions = textOrNull(entry.options);
+    } else if (entry.options.isNull()) {
         return nullptr;
     }
-    return drivers_[found](name, order, chosenOptions);
+    return entry.driver(name, order, chosenOptions);
 }
 
 /// Gives a pattern to the first driver, which opens the members with `driver` and `options`.
 InputStream* InputServer::openPattern(const char* name, InputStream::ByteOrder order,
                                       const String& driver, const String& options) const {
+    const Entry& entry = *drivers_[patternDriver];
     if (driver.length() == 0) {
-        return drivers_[patternDriver](name, order, options_[patternDriver]->c_str());
+        return entry.driver(name, order, entry.options.c_str());
     }
     String members = driver;
     if (!options.isNull()) {
         members += ":";
         members += options;
     }
-    return drivers_[patternDriver](name, order, members.c_str());
+    return entry.driver(name, order, members.c_str());
 }
 
 }  // namespace vek

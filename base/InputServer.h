@@ -58,6 +58,12 @@ class InputServer {
                          const char* driver = nullptr, const char* options = nullptr) const;
 
   private:
+    struct Entry {
+        String name;
+        String options;  ///< the default ones; null for a driver that takes none
+        Driver driver;
+    };
+
     InputServer();
 
     long findDriver(const String& name) const;
@@ -66,10 +72,7 @@ class InputServer {
     InputStream* openPattern(const char* name, InputStream::ByteOrder order, const String& driver,
                              const String& options) const;
 
-    /// Three parallel lists, in the order of adding.
-    ObjAppendListP<String> names_;
-    ObjAppendListP<String> options_;
-    ObjAppendList<Driver> drivers_;
+    ObjAppendListP<Entry> drivers_;  ///< in the order of adding
     String defaultDriver_;
 
     static InputServer* input_srv;
