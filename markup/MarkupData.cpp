@@ -10,8 +10,8 @@
 #include <map>
 
 #include "markup/Markup.h"
-#include "markup/OpenTagStack.h"
 #include "markup/text/CharClass.h"
+#include "markup/text/NameCompare.h"
 #include "markup/text/TextEscape.h"
 
 namespace {

@@ -37,19 +37,6 @@ std::string_view cutSegment(std::string_view& name, bool isFirst) {
 
 }  // namespace
 
-std::string markup::foldName(std::string_view name) {
-    std::string folded(name);
-    for (char& c : folded) {
-        if (static_cast<signed char>(c) < 0) {
-            break;
-        }
-        if (c >= 'A' && c <= 'Z') {
-            c = static_cast<char>(c + ('a' - 'A'));
-        }
-    }
-    return folded;
-}
-
 void OpenTagStack::pop() {
     const int popped = depth();
     tags_.pop_back();

@@ -76,11 +76,3 @@ class OpenTagStack {
     std::vector<Entry> entries_;        ///< in the order of entering; undone from the back
     std::forward_list<std::string> folded_;  ///< owns the folded names that keys view
 };
-
-namespace markup {
-
-/// Folds case as names are compared: up to the first byte with the high bit set. Two names are
-/// equal by the rule of `x_StrNCmp` exactly when their folded forms are the same bytes.
-std::string foldName(std::string_view name);
-
-}  // namespace markup

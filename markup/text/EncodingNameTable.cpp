@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "markup/text/HashSlots.h"
+#include "markup/text/NameCompare.h"
 
 namespace {
 
@@ -381,14 +382,8 @@ constexpr auto encodingNames = std::to_array<EncodingName>({
 
 constexpr std::size_t slotCount = 155;
 
-// The bytes count as signed, which matters for the names that are looked up: those from a file may
-// hold any byte.
 constexpr std::size_t slotOfName(std::string_view name) {
-    std::uint32_t sum = 0;
-    for (const char c : name) {
-        sum += static_cast<std::uint32_t>(static_cast<signed char>(c));
-    }
-    return sum % slotCount;
+    return markup::byteSum(name, false) % slotCount;
 }
 
 constexpr HashSlots<slotCount, encodingNames.size()> slots(encodingNames,
@@ -438,9 +433,7 @@ int x_GetEncodingCodePage(TextArg name) {
         return CodePageUnknown;
     }
     std::array<char, maxEncodingNameLength> buffer{};
-    std::ranges::transform(text, buffer.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
+    std::ranges::transform(text, buffer.begin(), markup::toLower);
     const std::string_view folded(buffer.data(), text.size());
     for (const std::uint16_t index : slots.rowsOf(slotOfName(folded))) {
         if (encodingNames[index].name == folded) {

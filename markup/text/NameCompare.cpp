@@ -1,21 +1,10 @@
 // Names are compared byte by byte in whatever encoding they are. Folding case is safe for ASCII
 // only, and only as long as no byte of another character has come: behind one, what looks like a
-// letter may be the second byte of a character of two. The sums of bytes choose slots of hash
-// tables; bytes count as signed and wrap around, as the tables that others keep count them.
+// letter may be the second byte of a character of two.
 
 #include "markup/text/NameCompare.h"
 
-#include <cstring>
-
 namespace {
-
-constexpr bool isUpper(char c) {
-    return c >= 'A' && c <= 'Z';
-}
-
-constexpr char toLower(char c) {
-    return isUpper(c) ? static_cast<char>(c + ('a' - 'A')) : c;
-}
 
 constexpr int signedByte(char c) {
     return static_cast<signed char>(c);
@@ -28,7 +17,7 @@ int x_StrNCmp(const char* a, const char* b, int n, bool ignoreCase) {
     for (int i = 0; i < n; ++i) {
         if (a[i] == b[i]) {
             fold = fold && signedByte(a[i]) >= 0;
-        } else if (!fold || toLower(a[i]) != toLower(b[i])) {
+        } else if (!fold || markup::toLower(a[i]) != markup::toLower(b[i])) {
             return signedByte(a[i]) - signedByte(b[i]);
         }
     }
@@ -43,17 +32,20 @@ bool markup::namesEqual(std::string_view a, std::string_view b, bool ignoreCase)
                       : a == b;
 }
 
+std::string markup::foldName(std::string_view name) {
+    std::string folded(name);
+    for (char& c : folded) {
+        if (signedByte(c) < 0) {
+            break;
+        }
+        c = toLower(c);
+    }
+    return folded;
+}
+
 int x_Hash(const char* text, int size) {
     if (text == nullptr || size < 1) {
         return 0;
     }
     return static_cast<int>(markup::byteSum(text, false) % static_cast<unsigned>(size));
-}
-
-unsigned markup::byteSum(std::string_view name, bool foldCase) {
-    unsigned sum = 0;
-    for (const char c : name) {
-        sum += static_cast<unsigned>(signedByte(foldCase ? toLower(c) : c));
-    }
-    return sum;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 /// Compares `n` bytes of `a` and `b`; both must hold that many. With `ignoreCase`, two ASCII
@@ -15,11 +16,26 @@ int x_Hash(const char* text, int size);
 
 namespace markup {
 
+/// Folds "A" to "Z"; what the locale takes for letters makes no difference.
+constexpr char toLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 /// True when the two names are equal by the rule of `x_StrNCmp`.
 bool namesEqual(std::string_view a, std::string_view b, bool ignoreCase);
 
+/// Folds case as names are compared: up to the first byte with the high bit set. Two names are
+/// equal by the rule of `x_StrNCmp` exactly when their folded forms are the same bytes.
+std::string foldName(std::string_view name);
+
 /// The sum that `x_Hash` takes over `name`, before the remainder; `foldCase` adds 32 to each "A" to
-/// "Z".
-unsigned byteSum(std::string_view name, bool foldCase);
+/// "Z". Names from a file may hold any byte, hence the signs matter.
+constexpr unsigned byteSum(std::string_view name, bool foldCase) {
+    unsigned sum = 0;
+    for (const char c : name) {
+        sum += static_cast<unsigned>(static_cast<signed char>(foldCase ? toLower(c) : c));
+    }
+    return sum;
+}
 
 }  // namespace markup

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "markup/text/HashSlots.h"
+#include "markup/text/NameCompare.h"
 
 namespace {
 
@@ -274,24 +275,16 @@ constexpr auto predefEntities = std::to_array<PredefEntity>({
 constexpr std::size_t bucketCount = 130;
 constexpr std::size_t longestEntityName = 8;
 
-constexpr char lowerCase(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 constexpr std::size_t bucketOfName(std::string_view name) {
-    std::size_t sum = 0;
-    for (const char c : name) {
-        sum += static_cast<unsigned char>(lowerCase(c));
-    }
-    return sum % bucketCount;
+    return markup::byteSum(name, true) % bucketCount;
 }
 
 constexpr bool sameFolded(std::string_view a, std::string_view b) {
-    return std::ranges::equal(a, b, {}, lowerCase, lowerCase);
+    return std::ranges::equal(a, b, {}, markup::toLower, markup::toLower);
 }
 
 constexpr bool hasCapital(std::string_view name) {
-    return std::ranges::any_of(name, [](char c) { return c != lowerCase(c); });
+    return std::ranges::any_of(name, [](char c) { return c != markup::toLower(c); });
 }
 
 constexpr HashSlots<bucketCount, predefEntities.size()> buckets(predefEntities,
