@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 
+#include "markup/text/CharClass.h"
 #include "markup/text/PredefEntityTable.h"
 #include "markup/text/UnicodeCodec.h"
 
@@ -18,10 +18,6 @@ using Position = std::string_view::size_type;
 
 // Bytes between the "&" and the ";" of a reference.
 constexpr Position longestReferenceName = 9;
-
-constexpr bool isWhite(char c) {
-    return c == ' ' || c == '\n' || c == '\t' || c == '\r';
-}
 
 constexpr bool isAscii(char c) {
     return static_cast<unsigned char>(c) < 0x80;
@@ -85,7 +81,7 @@ void appendTrimmed(std::string& out, std::string_view text, bool collapse) {
     Position pos = 0;
     while (pos < text.size()) {
         const Position gap = pos;
-        pos = skipWhile(text, pos, isWhite);
+        pos = markup::skipClass(text, pos, ClassSpace);
         if (pos == text.size()) {
             return;
         }
@@ -97,7 +93,8 @@ void appendTrimmed(std::string& out, std::string_view text, bool collapse) {
             pos = appendReference(out, text, pos);
         } else {
             const Position word = pos;
-            pos = skipWhile(text, pos, [](char c) { return c != '&' && !isWhite(c); });
+            pos = skipWhile(text, pos,
+                            [](char c) { return c != '&' && !markup::isClass(c, ClassSpace); });
             out.append(text, word, pos - word);
         }
     }
