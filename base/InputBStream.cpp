@@ -20,6 +20,7 @@
 #include "base/FileUtils.h"
 #include "base/InputBasicFile.h"
 #include "base/InputMultiFile.h"
+#include "base/SaturatingAdd.h"
 
 namespace vek {
 
@@ -130,7 +131,7 @@ InputStream& InputBStream::seek(long offset, std::ios::seekdir dir) {
     if (dir == std::ios::beg) {
         target = offset;
     } else if (dir == std::ios::cur) {
-        target = addOffsets(position_, offset);
+        target = saturatingAdd(position_, offset);
     }
     if (target >= 0) {
         position_ = target;

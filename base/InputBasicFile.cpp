@@ -8,6 +8,7 @@
 
 #include "base/Exception.h"
 #include "base/FileUtils.h"
+#include "base/SaturatingAdd.h"
 
 namespace vek {
 
@@ -57,7 +58,7 @@ void InputBasicFile::seekFifo(long offset, std::ios::seekdir dir) {
     if (dir == std::ios::beg) {
         target = std::max(offset, 0L);
     } else if (dir == std::ios::cur) {
-        target = addOffsets(offset_, offset);
+        target = saturatingAdd(offset_, offset);
     }
     if (target < offset_) {
         const String quoted = String(name_).quote('"');

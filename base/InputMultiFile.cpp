@@ -19,6 +19,7 @@
 #include "base/FileUtils.h"
 #include "base/InputServer.h"
 #include "base/InputStreamStl.h"
+#include "base/SaturatingAdd.h"
 
 namespace vek {
 
@@ -83,7 +84,7 @@ bool InputMultiFile::open(const char* driver, const char* options) {
     totalSize_ = 0;
     for (long i = 0; i < members_.count(); ++i) {
         isFifo_ = isFifo_ || members_[i]->isFifo();
-        totalSize_ = addOffsets(totalSize_, members_[i]->size());
+        totalSize_ = saturatingAdd(totalSize_, members_[i]->size());
     }
     totalSize_ = isFifo_ ? 0 : totalSize_;
     return true;
@@ -211,7 +212,8 @@ InputStream& InputMultiFile::seek(long offset, std::ios::seekdir dir) {
     if (dir != std::ios::beg && dir != std::ios::cur && dir != std::ios::end) {
         return *this;
     }
-    const long target = std::max(dir == std::ios::cur ? addOffsets(position_, offset) : offset, 0L);
+    const long target =
+        std::max(dir == std::ios::cur ? saturatingAdd(position_, offset) : offset, 0L);
     if (target == position_ || members_.count() == 0) {
         return *this;
     }
@@ -256,7 +258,7 @@ bool InputMultiFile::endsBefore(long member, long target) {
     InputStream& stream = *members_[member];
     const long start = starts_[member];
     if (!stream.isFifo()) {
-        starts_.append(addOffsets(start, stream.size()));
+        starts_.append(saturatingAdd(start, stream.size()));
         return target >= starts_[member + 1];
     }
     // The end of a pipe shows only when reading meets it.
@@ -266,7 +268,7 @@ bool InputMultiFile::endsBefore(long member, long target) {
         const long wanted = std::min<long>(target - start - before, dropped.size());
         stream.bufread(dropped.data(), static_cast<unsigned long>(wanted), 0);
         if (stream.offset() - before < wanted) {
-            starts_.append(addOffsets(start, std::max(stream.offset(), 0L)));
+            starts_.append(saturatingAdd(start, std::max(stream.offset(), 0L)));
             return true;
         }
     }

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <limits>
 
 #include "base/Exception.h"
 
@@ -68,14 +67,6 @@ InputStream& InputStream::read_swap(char* field, unsigned short memorySize, unsi
         std::reverse(field, field + memorySize);
     }
     return *this;
-}
-
-long addOffsets(long a, long b) {
-    long sum;
-    if (__builtin_add_overflow(a, b, &sum)) {
-        return b < 0 ? std::numeric_limits<long>::min() : std::numeric_limits<long>::max();
-    }
-    return sum;
 }
 
 void throwOpenFailed(const String& name, int errorNumber) {

@@ -90,9 +90,6 @@ class InputStream {
     unsigned long readBytes(char* field, unsigned long count);
 };
 
-/// The sum of two offsets, limited to the range of an offset.
-long addOffsets(long a, long b);
-
 /// What is thrown for a file that can't be opened: "file "NAME" open failed" with `errorNumber`.
 /// Sets errno to 0, as every failed opening does.
 [[noreturn]] void throwOpenFailed(const String& name, int errorNumber);

@@ -15,6 +15,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/SaturatingAdd.h"
+
 namespace vek {
 
 namespace {
@@ -46,14 +48,6 @@ int decimalsOf(int precision) {
 // Division rounded down, also below 0.
 constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) {
     return a / b - (a % b < 0 ? 1 : 0);
-}
-
-std::int64_t saturatingAdd(std::int64_t a, std::int64_t b) {
-    std::int64_t sum;
-    if (__builtin_add_overflow(a, b, &sum)) {
-        return b < 0 ? INT64_MIN : INT64_MAX;
-    }
-    return sum;
 }
 
 // Whether `value` truncates to a 64-bit integer; false for NaN.
