@@ -22,8 +22,6 @@ class InputMultiFile : public InputStream {
 
     /// The member that holds `offset`, null without members; as in name(). Owned by the stream.
     InputStream* file(long offset);
-    /// Number of members.
-    long memberCount() const { return members_.count(); }
 
     /// Name of the member that holds `offset`; of the current one when it is negative, and on a
     /// pipe for every offset still ahead, which could not be sought back from. The stream's own

@@ -36,9 +36,8 @@ class FilePos {
     /// Bytes from the read position to the end of the file.
     std::int64_t remaining() const { return fileByteLength - fileByteOffset; }
 
-    int docFlags;                ///< `DocFlag` bits
-    int opByteLength = 0;        ///< bytes that the next read must read
-    int blockSizeBasis = 16384;  ///< for reading block by block
+    int docFlags;          ///< `DocFlag` bits
+    int opByteLength = 0;  ///< bytes that the next read must read
     std::int64_t fileByteLength = 0;
     std::int64_t fileByteOffset = 0;  ///< of the next byte to read; starts behind the mark
     int charUnitSize = 1;             ///< bytes per unit: 2 for UTF-16 with a mark

@@ -40,14 +40,14 @@ constexpr auto fillValues = [] {
 }  // namespace
 
 void Writer::begin(std::string_view type) {
-    sink_.write(marker);                                                      // 1
-    number(fileTypePrefix.size() + type.size(), numberWidth, field(2).fill);  // 2
-    sink_.write(fileTypePrefix);                                              // 3
-    sink_.write(type);                                                        // 3
+    sink_.write(marker);                                         // 1
+    number(fileTypePrefix.size() + type.size(), field(2).fill);  // 2
+    sink_.write(fileTypePrefix);                                 // 3
+    sink_.write(type);                                           // 3
 }
 
 void Writer::fileCount(std::size_t count) {
-    number(count, numberWidth, field(7).fill);
+    number(count, field(7).fill);
 }
 
 void Writer::nucTableId(std::int16_t id) {
@@ -55,9 +55,9 @@ void Writer::nucTableId(std::int16_t id) {
 }
 
 void Writer::file(std::uint8_t band, std::string_view name) {
-    sink_.write(bytesOf(band));                        // 9
-    number(name.size(), numberWidth, field(10).fill);  // 10
-    sink_.write(name);                                 // 11
+    sink_.write(bytesOf(band));           // 9
+    number(name.size(), field(10).fill);  // 10
+    sink_.write(name);                    // 11
 }
 
 void Writer::configurationCount(std::uint8_t count) {
@@ -65,9 +65,9 @@ void Writer::configurationCount(std::uint8_t count) {
 }
 
 void Writer::configuration(std::string_view label, double epsilon) {
-    number(label.size(), numberWidth, field(13).fill);  // 13
-    sink_.write(label);                                 // 14
-    sink_.write(bytesOf(epsilon));                      // 15
+    number(label.size(), field(13).fill);  // 13
+    sink_.write(label);                    // 14
+    sink_.write(bytesOf(epsilon));         // 15
 }
 
 void Writer::pixels(std::int16_t pixels) {
@@ -85,11 +85,10 @@ void Writer::vector(std::span<const double> values, std::int16_t pixels) {
     }
 }
 
-/// A number in decimal digits, aligned to the right in a field of that width; one that is wider
-/// takes the room that it needs.
-void Writer::number(std::size_t value, std::size_t width, char fill) {
+/// A number in decimal digits, filled up on the left; one that is wider takes the room it needs.
+void Writer::number(std::size_t value, char fill) {
     std::string digits = std::to_string(value);
-    digits.insert(0, width - std::min(width, digits.size()), fill);
+    digits.insert(0, numberWidth - std::min(numberWidth, digits.size()), fill);
     sink_.write(digits);
 }
 

@@ -38,7 +38,7 @@ class Writer {
     void vector(std::span<const double> values, std::int16_t pixels);
 
   private:
-    void number(std::size_t value, std::size_t width, char fill);
+    void number(std::size_t value, char fill);
 
     Sink& sink_;
 };
