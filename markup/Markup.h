@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -240,6 +241,12 @@ class MarkupDocument {
     int nodeSearchStart() const;
     int nextNode(TokenPos& token, NodePos& node) const;
     std::string_view slice(int offset, int length) const;
+    /// The text behind the "<" of record `pos`. One fresh from x_GetFreePos lies nowhere in the
+    /// text and seems to lie at its start.
+    std::string_view behindTagMark(int pos) const {
+        const std::string_view text = docText_.view();
+        return text.substr(std::min(static_cast<std::size_t>(tree_[pos].start) + 1, text.size()));
+    }
     std::string_view tagNameAt(int pos) const;
     bool isCalled(int pos, std::string_view name) const;
     std::string_view unescaped(std::string_view text, std::string& storage) const;

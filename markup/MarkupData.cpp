@@ -50,10 +50,8 @@ std::string_view MarkupDocument::slice(int offset, int length) const {
 
 /// The name in the start tag of record `pos`: from behind the "<" to a byte that ends names.
 std::string_view MarkupDocument::tagNameAt(int pos) const {
-    const std::string_view text = docText_.view();
-    // A record fresh from x_GetFreePos lies nowhere in the text.
-    const std::size_t first = std::min(static_cast<std::size_t>(tree_[pos].start) + 1, text.size());
-    return text.substr(first, markup::findClass(text, first, ClassName) - first);
+    const std::string_view text = behindTagMark(pos);
+    return text.substr(0, markup::findClass(text, 0, ClassName));
 }
 
 std::string_view MarkupDocument::tagNameView(int pos) const {

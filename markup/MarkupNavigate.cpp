@@ -1,8 +1,6 @@
 // Moving the current position over elements and other nodes. Elements are found by the links of
 // their records; the nodes between them have none, and are tokenized again on the way.
 
-#include <algorithm>
-
 #include "markup/Markup.h"
 #include "markup/text/CharClass.h"
 #include "markup/text/NameCompare.h"
@@ -41,11 +39,9 @@ int MarkupDocument::x_FindElem(int parent, int from, const PathPos& path) const 
 /// Whether the tag of record `pos` has this name, which may be one: its end in the tag need not be
 /// looked for then.
 bool MarkupDocument::isCalled(int pos, std::string_view name) const {
-    const std::string_view text = docText_.view();
-    // A record fresh from x_GetFreePos lies nowhere in the text.
-    const std::size_t first = std::min(static_cast<std::size_t>(tree_[pos].start) + 1, text.size());
-    const std::size_t end = first + name.size();
-    return markup::namesEqual(text.substr(first, name.size()), name, hasFlag(DocFlagIgnoreCase)) &&
+    const std::string_view text = behindTagMark(pos);
+    const std::size_t end = name.size();
+    return markup::namesEqual(text.substr(0, end), name, hasFlag(DocFlagIgnoreCase)) &&
            (end == text.size() || markup::isClass(text[end], ClassName));
 }
 
