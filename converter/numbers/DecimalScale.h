@@ -13,12 +13,11 @@ inline constexpr std::array<double, 23> exactPowersOf10{
     1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
     1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-/// The way of large products.
+/// The way of large numbers, which is that of D. Lemire, "Number Parsing at a Gigabyte per Second"
+/// (2021): multiply w, shifted up to 64 bits, by the leading 128 bits of 5^q, and round the leading
+/// bits of the product. Where the truncated product could round otherwise than the exact one, the
+/// number is refused.
 namespace product {
-// The way from w * 10^q to a double is that of D. Lemire, "Number Parsing at a Gigabyte per Second"
-// (2021): multiply w, shifted up to 64 bits, by the leading 128 bits of 5^q, and round the leading
-// bits of the product. Where the truncated product could round otherwise than the exact one, the
-// number is refused.
 
 __extension__ typedef unsigned __int128 Wide;  // of both compilers, not of the standard
 
@@ -87,8 +86,21 @@ inline constexpr auto powersOf5 = [] {
 }();
 
 /// floor(log2(10^q)) + 63, for the exponents of the table.
-inline constexpr int binaryExponent(int q) {
+constexpr int binaryExponent(int q) {
     return ((152170 + 65536) * q >> 16) + 63;
+}
+
+/// The leading bits of `w` times a power: as many as can tell how to round. Requires: the top bit
+/// of `w` is set.
+constexpr Wide leadingProduct(std::uint64_t w, const Power& power) {
+    Wide product = static_cast<Wide>(w) * power.high;
+    // Of the upper half, 9 bits lie below those that are kept and the one that rounds. Only when
+    // all are set can a carry from the lower half of the power reach the bits that count.
+    constexpr std::uint64_t belowRounding = 0x1FF;
+    if ((static_cast<std::uint64_t>(product >> 64) & belowRounding) == belowRounding) {
+        product += static_cast<Wide>(w) * power.low >> 64;
+    }
+    return product;
 }
 
 /// w * 10^q by the product of w and a power of five; as `scale`. Requires: w != 0.
@@ -97,15 +109,8 @@ inline bool scaleByProduct(std::uint64_t w, int q, double& value) {
         return false;
     }
     const int shift = std::countl_zero(w);
-    w <<= shift;
-    const Power& power = powersOf5[static_cast<std::size_t>(q - minExponent)];
-    Wide product = static_cast<Wide>(w) * power.high;
-    // Of the upper half, 9 bits lie below those that are kept and the one that rounds. Only when
-    // all are set can a carry from the lower half of the power reach the bits that count.
-    constexpr std::uint64_t belowRounding = 0x1FF;
-    if ((static_cast<std::uint64_t>(product >> 64) & belowRounding) == belowRounding) {
-        product += static_cast<Wide>(w) * power.low >> 64;
-    }
+    const Wide product =
+        leadingProduct(w << shift, powersOf5[static_cast<std::size_t>(q - minExponent)]);
     const auto upper = static_cast<std::uint64_t>(product >> 64);
     const auto lower = static_cast<std::uint64_t>(product);
     // Beyond these the power is not exact and the sum is a bound only.
