@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "base/JulianDate.h"
 #include "converter/Messages.h"

@@ -7,6 +7,7 @@
 // that elements have in paths.
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 
 #include "markup/Markup.h"
