@@ -25,13 +25,13 @@ std::string_view viewOf(const char* text) {
     return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-// Throws std::length_error for more than a String holds. Requires: a text that is not null.
+/// Throws std::length_error for more than a String holds. Requires: a text that is not null.
 String toString(std::string_view text) {
     return String(text.data(), text.size() > INT_MAX ? -1 : static_cast<int>(text.size()));
 }
 
-// One directory that is being listed: its remaining names, and who it is, since a symbolic link can
-// lead back to it.
+/// One directory that is being listed: its remaining names, and who it is, since a symbolic link
+/// can lead back to it.
 struct Level {
     String path;  // null for the current directory
     std::vector<std::string> names;
@@ -40,7 +40,7 @@ struct Level {
     ino_t inode = 0;
 };
 
-// Fills `level` with the sorted names of its directory that match; false if it cannot be read.
+/// Fills `level` with the sorted names of its directory that match; false if it cannot be read.
 bool readLevel(Level& level, const char* pattern) {
     const auto close = [](DIR* open) { closedir(open); };
     errno = 0;
@@ -70,8 +70,8 @@ bool isOnPath(const std::vector<Level>& path, const struct stat& status) {
     });
 }
 
-// Lists one name of the last level: a file goes to `result`, a directory to enter becomes a new
-// last level.
+/// Lists one name of the last level: a file goes to `result`, a directory to enter becomes a new
+/// last level.
 void listEntry(const std::string& name, const char* pattern, bool recursive,
                std::vector<Level>& path, ObjAppendListP<String>& result) {
     const String& dir = path.back().path;

@@ -64,7 +64,7 @@ unsigned long InputBStream::initBuf(const char* text, unsigned long length) {
     }
     source_.reset();
     storage_ = std::move(block);
-    base_ = start_ = position_ = keepBack_ = 0;
+    windowOffset_ = start_ = position_ = keepBack_ = 0;
     valid_ = static_cast<long>(size);
     storageSize_ = capacity_ = valid_ + 1;
     eof_ = fail_ = isFifo_ = false;
@@ -74,7 +74,7 @@ unsigned long InputBStream::initBuf(const char* text, unsigned long length) {
 void InputBStream::initFile(unsigned long bufferSize, bool) {
     // Without a source the stream is empty and at its end, which is what a failure leaves.
     source_.reset();
-    base_ = start_ = position_ = valid_ = 0;
+    windowOffset_ = start_ = position_ = valid_ = 0;
     eof_ = fail_ = false;
     auto source = openSource();
     isFifo_ = source->isFifo();
@@ -259,10 +259,10 @@ bool InputBStream::slide() {
     const long moved =
         valid_ == 0 || position_ - end() >= keepBack_ ? 0 : end() + keepBack_ - position_;
     seekSource(position_ - keep + moved);
-    base_ = moved == 0 ? 0 : base_ + valid_ - moved;
-    if (base_ + capacity_ > storageSize_) {
+    windowOffset_ = moved == 0 ? 0 : windowOffset_ + valid_ - moved;
+    if (windowOffset_ + capacity_ > storageSize_) {
         std::memmove(storage_.get(), window(), static_cast<std::size_t>(moved));
-        base_ = 0;
+        windowOffset_ = 0;
     }
     start_ = position_ - keep;
     valid_ = 0;  // should the source throw: nothing of the window is known any more

@@ -54,7 +54,7 @@ class InputBStream : public InputStream {
     std::unique_ptr<InputStream> openSource();
     void chooseWindow(unsigned long bufferSize);
     long end() const { return start_ + valid_; }
-    char* window() const { return storage_.get() + base_; }
+    char* window() const { return storage_.get() + windowOffset_; }
     bool rewindSource();
     bool slide();
     void seekSource(long from);
@@ -62,7 +62,7 @@ class InputBStream : public InputStream {
 
     std::unique_ptr<char[]> storage_;  ///< for pipes larger than the window
     long storageSize_ = 0;
-    long base_ = 0;  ///< of the window in the storage
+    long windowOffset_ = 0;  ///< in the storage
     bool eof_ = false;
     bool fail_ = false;
     long start_ = 0;     ///< stream offset of the window's first byte

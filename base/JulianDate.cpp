@@ -45,17 +45,17 @@ int decimalsOf(int precision) {
     return std::min(precision < 0 ? JulianDate::d_precision : precision, maxPrecision);
 }
 
-// Division rounded down, also below 0.
+/// Division rounded down, also below 0.
 constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) {
     return a / b - (a % b < 0 ? 1 : 0);
 }
 
-// Whether `value` truncates to a 64-bit integer; false for NaN.
+/// Whether `value` truncates to a 64-bit integer; false for NaN.
 bool fitsInt64(double value) {
     return value >= -0x1p63 && value < 0x1p63;
 }
 
-// Broken-down UTC of a number of seconds since 2000 that comes from a count of microseconds.
+/// Broken-down UTC of a number of seconds since 2000 that comes from a count of microseconds.
 std::tm fieldsOf(std::int64_t seconds) {
     const std::int64_t day = floorDivide(seconds, daySeconds);
     const std::int64_t cycle = floorDivide(day, cycleDays);
@@ -71,7 +71,7 @@ std::tm fieldsOf(std::int64_t seconds) {
     return fields;
 }
 
-// Seconds from 2000 to the start of a month of a year of any size.
+/// Seconds from 2000 to the start of a month of a year of any size.
 std::int64_t startOf(std::int64_t year, unsigned month) {
     const std::int64_t cycle = floorDivide(year - 2000, cycleYears);
     const std::chrono::year inCycle{static_cast<int>(year - cycle * cycleYears)};
@@ -79,7 +79,7 @@ std::int64_t startOf(std::int64_t year, unsigned month) {
     return (cycle * cycleDays + (date - firstDay).count()) * daySeconds;
 }
 
-// Seconds since 2000 of UTC fields, out-of-range ones carried over.
+/// Seconds since 2000 of UTC fields, out-of-range ones carried over.
 std::int64_t secondsOf(const std::tm& fields) {
     const std::int64_t carried = floorDivide(fields.tm_mon, 12);
     const auto month = static_cast<unsigned>(fields.tm_mon - carried * 12 + 1);
@@ -88,7 +88,7 @@ std::int64_t secondsOf(const std::tm& fields) {
            fields.tm_min * std::int64_t{60} + fields.tm_sec;
 }
 
-// The number of steps of 10^-decimals seconds, rounded half away from zero.
+/// The number of steps of 10^-decimals seconds, rounded half away from zero.
 std::int64_t roundedSteps(std::int64_t microseconds, int decimals) {
     const std::int64_t step = powersOf10[maxPrecision - decimals];
     const std::int64_t steps = microseconds / step;
@@ -99,7 +99,7 @@ std::int64_t roundedSteps(std::int64_t microseconds, int decimals) {
     return steps - (rest < 0 && -rest >= step + rest ? 1 : 0);
 }
 
-// An instant rounded for printing: the seconds since 2000 and their calendar fields.
+/// An instant rounded for printing: the seconds since 2000 and their calendar fields.
 struct Rounded {
     double seconds;
     std::tm fields;
@@ -112,12 +112,12 @@ struct Rounded {
     }
 };
 
-// The date layouts in the order in which they are tried.
+/// The date layouts in the order in which they are tried.
 enum DateLayout { noLayout, dayNameYear, yearMonthDay, compactDate, dayMonthYear };
 
-// What the attempts to read a date have filled in. Deliberately, a failed attempt leaves its
-// fields to the next one, and `monthName` stays once it is filled: verifyFill then accepts
-// "2015-06-23" without its "T". In `fields` month and year are still as written.
+/// What the attempts to read a date have filled in. Deliberately, a failed attempt leaves its
+/// fields to the next one, and `monthName` stays once it is filled: verifyFill then accepts
+/// "2015-06-23" without its "T". In `fields` month and year are still as written.
 struct DateText {
     std::tm fields{};
     char monthName[4] = "";
@@ -158,7 +158,7 @@ DateLayout readDate(const char* text, DateText& date) {
     return noLayout;
 }
 
-// Number 1 to 12 of a month abbreviation, 0 when there is no such month.
+/// Number 1 to 12 of a month abbreviation, 0 when there is no such month.
 int monthNumber(const char* name) {
     for (int i = 0; i < 12; ++i) {
         if (::strcasecmp(name, JulianDate::months[i]) == 0) {
@@ -168,7 +168,7 @@ int monthNumber(const char* name) {
     return 0;
 }
 
-// Turns the year and month as written into what tm holds.
+/// Turns the year and month as written into what tm holds.
 void normalise(std::tm& fields) {
     if (fields.tm_year < 70) {
         fields.tm_year += 2000;
@@ -342,8 +342,8 @@ String JulianDate::timeStr(const std::tm* fields, double seconds, int precision,
     return String(text);
 }
 
-// Sets the instant `fraction` seconds after the UTC `fields`, truncated toward zero; limits it
-// and returns false when the count cannot hold it.
+/// Sets the instant `fraction` seconds after the UTC `fields`, truncated toward zero; limits it
+/// and returns false when the count cannot hold it.
 bool JulianDate::convert(const std::tm& fields, double fraction) {
     constexpr auto scale = static_cast<double>(perSecond);
     const double value = static_cast<double>(secondsOf(fields)) * scale + fraction * scale;
@@ -355,7 +355,7 @@ bool JulianDate::convert(const std::tm& fields, double fraction) {
     return true;
 }
 
-// Sets the whole seconds to the UTC `fields`, with failure as in convert.
+/// Sets the whole seconds to the UTC `fields`, with failure as in convert.
 bool JulianDate::moveTo(const std::tm& fields) {
     std::int64_t seconds = secondsOf(fields);
     std::int64_t subSecond = microseconds % perSecond;

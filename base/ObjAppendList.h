@@ -74,8 +74,8 @@ class ObjAppendList {
     const T* data() const { return data_; }
 
   private:
-    // Makes at least n slots free, for n values that the caller writes at once: only the slots
-    // behind those are zeroed here. Nothing has changed when it throws.
+    /// Makes at least n slots free, for n values that the caller writes at once: only the slots
+    /// behind those are zeroed here. Nothing has changed when it throws.
     void grow(long n) {
         constexpr long maxSlots = std::numeric_limits<long>::max() / static_cast<long>(sizeof(T));
         const long added = std::max(n - free_, increment_);
@@ -130,8 +130,8 @@ class ObjAppendListP : public ObjAppendList<T*> {
     }
 
   private:
-    // Whether the pointer at `index` has not occurred before. Without memory for the set it looks
-    // through the list instead.
+    /// Whether the pointer at `index` has not occurred before. Without memory for the set it looks
+    /// through the list instead.
     bool isFirst(long index, std::unordered_set<T*>& seen) const {
         T* const* const end = this->data() + index;
         try {

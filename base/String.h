@@ -152,15 +152,15 @@ class String {
     String& pad(int width, const char* padding);
 
   private:
-    // Throws std::length_error for more than INT32_MAX bytes.
+    /// Throws std::length_error for more than INT32_MAX bytes.
     static void checkLength(std::size_t length);
-    // Makes this string the bytes of `text`, which may lie in the present block.
+    /// Makes this string the bytes of `text`, which may lie in the present block.
     void assign(std::string_view text);
-    // Replaces the block by an uninitialised one for `length` bytes (any length above INT32_MAX
-    // throws), NUL-terminated, and hands out the old one so that its text can be copied.
+    /// Replaces the block by an uninitialised one for `length` bytes (any length above INT32_MAX
+    /// throws), NUL-terminated, and hands out the old one so that its text can be copied.
     std::unique_ptr<char[]> reallocate(std::int64_t length);
-    // Makes room for `added` bytes before `position` and returns the gap's first byte. The old
-    // block, which `keep` receives, stays alive for a text that lies in it.
+    /// Makes room for `added` bytes before `position` and returns the gap's first byte. The old
+    /// block, which `keep` receives, stays alive for a text that lies in it.
     char* openGap(int position, std::int64_t added, std::unique_ptr<char[]>& keep);
     String& appendNumber(const char* digits);
 

@@ -16,7 +16,7 @@ namespace vek {
 
 namespace {
 
-// What one byte becomes in escape().
+/// What one byte becomes in escape().
 void appendEscaped(std::string& result, char c, bool controls) {
     constexpr std::string_view plain = "\n\r\t\\";
     constexpr std::string_view letters = "nrt\\";

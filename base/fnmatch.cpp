@@ -9,7 +9,7 @@ namespace vek {
 
 namespace {
 
-// Outcome of one pattern element against one byte.
+/// Outcome of one pattern element against one byte.
 struct Step {
     const char* next;  // pattern behind the element
     bool matches;
@@ -60,8 +60,8 @@ class Matcher {
                (string == start_ || isSeparator(string[-1]));
     }
 
-    // Matches the element at `pattern`, no "*", against the byte at `string`; the end of either
-    // matches nothing.
+    /// Matches the element at `pattern`, no "*", against the byte at `string`; the end of either
+    /// matches nothing.
     Step matchOne(const char* pattern, const char* string) {
         const char c = *string;
         if (c == '\0' || *pattern == '\0') {
@@ -84,7 +84,7 @@ class Matcher {
         return {pattern + 1, *pattern == c};
     }
 
-    // Takes one member of a set, with its escape, and moves `pattern` behind it.
+    /// Takes one member of a set, with its escape, and moves `pattern` behind it.
     unsigned char takeMember(const char*& pattern) const {
         if (isEscape(*pattern) && pattern[1] != '\0') {
             ++pattern;
@@ -92,7 +92,7 @@ class Matcher {
         return static_cast<unsigned char>(*pattern++);
     }
 
-    // Matches the set whose inside begins at `pattern`. Without a closing "]" next is null.
+    /// Matches the set whose inside begins at `pattern`. Without a closing "]" next is null.
     Step matchSet(const char* pattern, unsigned char c) const {
         const bool negated = *pattern == '!' || *pattern == '^';
         if (negated) {
@@ -117,8 +117,8 @@ class Matcher {
 
     const char* const start_;
     const int flags_;
-    // The first "[" found to lack its "]", null so far. None behind it has one, either, so that
-    // they need not be tried.
+    /// The first "[" found to lack its "]", null so far. None behind it has one, either, so that
+    /// they need not be tried.
     const char* firstUnclosed_ = nullptr;
 };
 

@@ -19,7 +19,7 @@
 
 namespace {
 
-// Sought for every detector of every configuration, hence parsed once.
+/// Sought for every detector of every configuration, hence parsed once.
 const PathPos coefficients = PathPos::parsed("COEFFICIENTS");
 const PathPos pixelNumber = PathPos::parsed("NB_OF_PIXELS");
 const PathPos equalization = PathPos::parsed("ON_BOARD_EQUALIZATION");

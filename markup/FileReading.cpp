@@ -78,8 +78,8 @@ bool FileReading::FileOpen(TextArg path) {
     return (measure() && (fileByteLength == 0 || findEncoding())) || giveUp();
 }
 
-// Only what lies near the start of a file can say what it is in: read again with the rest, it needs
-// no place of its own.
+/// Only what lies near the start of a file can say what it is in: read again with the rest, it
+/// needs no place of its own.
 bool FileReading::findEncoding() {
     std::array<char, 1024> probe;
     const auto length = static_cast<std::size_t>(

@@ -10,8 +10,8 @@
 
 namespace {
 
-// In the order of the code pages. Entries that look wrong are required, don't put them right: the
-// "cp500" family on 775, "shifft_jis" with two f, and "cp1256 " with a trailing blank.
+/// In the order of the code pages. Entries that look wrong are required, don't put them right: the
+/// "cp500" family on 775, "shifft_jis" with two f, and "cp1256 " with a trailing blank.
 constexpr auto encodingNames = std::to_array<EncodingName>({
     {154, "cp154"},
     {154, "csptcp154"},

@@ -34,13 +34,13 @@
 
 namespace {
 
-// Room for what the largest converter takes to be loaded.
+/// Room for what the largest converter takes to be loaded.
 constexpr std::size_t converterRoom = std::size_t{1} << 20;
 
 // NOLINTNEXTLINE(performance-no-int-to-ptr): this is how iconv_open says that it failed
 const iconv_t noConverter = reinterpret_cast<iconv_t>(-1);
 
-// A name as the system is given it, empty where it is too long.
+/// A name as the system is given it, empty where it is too long.
 struct PreparedName {
     explicit PreparedName(TextArg name) : isUsable(name.view().size() < maxEncodingNameLength) {
         if (isUsable) {
@@ -50,7 +50,7 @@ struct PreparedName {
 
     std::string_view view() const { return text.data(); }
 
-    // Whether big-endian text is asked for where memory is in host order.
+    /// Whether big-endian text is asked for where memory is in host order.
     bool isSwapped(TextArg name) const {
         return std::endian::native == std::endian::little && name.view().size() < view().size();
     }
@@ -59,7 +59,7 @@ struct PreparedName {
     bool isUsable;
 };
 
-// EMFILE or ENFILE when no descriptor can be had, else 0.
+/// EMFILE or ENFILE when no descriptor can be had, else 0.
 int lackOfDescriptors() {
     const int descriptor = ::open("/", O_RDONLY | O_CLOEXEC);
     if (descriptor >= 0) {
@@ -69,10 +69,11 @@ int lackOfDescriptors() {
     return errno == EMFILE || errno == ENFILE ? errno : 0;
 }
 
-// Opens a converter or tells why there is none. The system says EINVAL of unknown names, but also
-// where it lacks memory or a descriptor (it never needs two) to load a converter, or to read its
-// list of them; a list that it could not read is empty to it from then on. A text must not pass for
-// one of an unknown encoding then, so the system is asked only while both are to be had, and twice.
+/// Opens a converter or tells why there is none. The system says EINVAL of unknown names, but also
+/// where it lacks memory or a descriptor (it never needs two) to load a converter, or to read its
+/// list of them; a list that it could not read is empty to it from then on. A text must not pass
+/// for one of an unknown encoding then, so the system is asked only while both are to be had, and
+/// twice.
 int openConverter(iconv_t& handle, const char* to, const char* from) {
     for (int attempt = 0; attempt < 2; ++attempt) {
         Pages::requireRoom(converterRoom);
@@ -91,15 +92,15 @@ int openConverter(iconv_t& handle, const char* to, const char* from) {
     return errno;
 }
 
-// Swaps the two bytes of every whole 16-bit unit.
+/// Swaps the two bytes of every whole 16-bit unit.
 void swapUnits(std::span<char> bytes) {
     for (std::size_t i = 1; i < bytes.size(); i += 2) {
         std::swap(bytes[i - 1], bytes[i]);
     }
 }
 
-// Whether a piece of UTF-8 should not begin here: within a character, or with one that some target
-// joins with the one before it: U+0300, U+0301, U+02E5, U+02E9, U+309A.
+/// Whether a piece of UTF-8 should not begin here: within a character, or with one that some target
+/// joins with the one before it: U+0300, U+0301, U+02E5, U+02E9, U+309A.
 bool continuesCharacter(std::string_view text) {
     constexpr std::array<std::string_view, 5> marks = {"\xCC\x80", "\xCC\x81", "\xCB\xA5",
                                                        "\xCB\xA9", "\xE3\x82\x9A"};
@@ -157,7 +158,7 @@ std::size_t IConv::run(std::string_view source, std::span<char> target) {
     return produced_;
 }
 
-// Converts the next piece, or what comes before a fault and that; false when this was the last.
+/// Converts the next piece, or what comes before a fault and that; false when this was the last.
 bool IConv::convertPiece() {
     const std::string_view piece = nextPiece();
     const bool isLast = piece.size() == source_.size();
@@ -184,7 +185,7 @@ bool IConv::convertPiece() {
     }
 }
 
-// Only UTF-8 minds where a piece ends; in what isn't UTF-8 the search makes no difference.
+/// Only UTF-8 minds where a piece ends; in what isn't UTF-8 the search makes no difference.
 std::string_view IConv::nextPiece() {
     std::size_t size = std::min(pieceLength_, source_.size());
     const std::size_t least = size - std::min(size, shortestPiece / 2);
@@ -196,14 +197,14 @@ std::string_view IConv::nextPiece() {
     return source_.substr(0, size);
 }
 
-// Whether the converter has passed over the first byte of an incomplete character, having left the
-// rest of it: it leaves nothing, or would pass over what it left as well.
+/// Whether the converter has passed over the first byte of an incomplete character, having left the
+/// rest of it: it leaves nothing, or would pass over what it left as well.
 bool IConv::passesOverByte(std::string_view left) {
     return left.empty() || (left.size() == 1 && call(left).left.empty());
 }
 
-// Skips a source unit and writes "?" for it. The shift state is reset first and with its output, so
-// that the "?" doesn't end up inside a run of two-byte characters.
+/// Skips a source unit and writes "?" for it. The shift state is reset first and with its output,
+/// so that the "?" doesn't end up inside a run of two-byte characters.
 bool IConv::replaceUnit() {
     source_.remove_prefix(std::min(sourceUnit_, source_.size()));
     pieceLength_ = shortestPiece;
@@ -214,8 +215,8 @@ bool IConv::replaceUnit() {
     return true;
 }
 
-// Hands `input` over; without one the converter returns to its initial shift state and gives what
-// it holds back.
+/// Hands `input` over; without one the converter returns to its initial shift state and gives what
+/// it holds back.
 IConv::Outcome IConv::call(std::string_view input) {
     char* in = const_cast<char*>(input.data());  // iconv wants it so, and never writes there
     if (isSourceSwapped_) {
@@ -238,7 +239,7 @@ IConv::Outcome IConv::call(std::string_view input) {
     return {input.substr(taken), {output, out}, error, error == 0 ? count : 0};
 }
 
-// Appends output to the target as far as there is room, or only counts it.
+/// Appends output to the target as far as there is room, or only counts it.
 void IConv::store(std::span<const char> output) {
     if (!isCounting_) {
         error_ = output.size() > target_.size() ? E2BIG : error_;

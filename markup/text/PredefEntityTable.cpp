@@ -10,9 +10,9 @@
 
 namespace {
 
-// The character entities of HTML 4 in its three groups, and "apos" of XML. Of two names that differ
-// in case only, the one with a capital letter stands first, so that the case-blind look-up finds
-// it.
+/// The character entities of HTML 4 in its three groups, and "apos" of XML. Of two names that
+/// differ in case only, the one with a capital letter stands first, so that the case-blind look-up
+/// finds it.
 constexpr auto predefEntities = std::to_array<PredefEntity>({
     // Latin-1, and "Yuml" of the special characters, which must precede "yuml"
     {"nbsp", 160},
@@ -301,7 +301,7 @@ constexpr const PredefEntity* firstOfName(std::string_view name) {
     return nullptr;
 }
 
-// A row that isn't the first of its name is the second of a pair.
+/// A row that isn't the first of its name is the second of a pair.
 constexpr bool isSecond(const PredefEntity& row) {
     return firstOfName(row.name) != &row;
 }

@@ -26,8 +26,8 @@ static_assert(sizeof(wchar_t) == 4 && sizeof(unsigned short) == 2 && CHAR_BIT ==
 constexpr const char* hostUtf16 =
     std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
 
-// Code pages whose characters may take more than one byte, UTF-8 and UTF-16 aside. The default
-// character set counts as one.
+/// Code pages whose characters may take more than one byte, UTF-8 and UTF-16 aside. The default
+/// character set counts as one.
 constexpr std::array multibyteCodePages = {
     0,     874,   932,   936,   949,   950,   1361,  10001, 10002, 10003, 10008, 10021, 20000,
     20001, 20002, 20003, 20004, 20833, 20932, 20936, 20949, 50220, 50221, 50222, 50225, 50227,
@@ -43,7 +43,7 @@ std::size_t putWide(std::uint32_t character, wchar_t* at) {
     return 1;
 }
 
-// Cuts characters above 0xFFFF to their low 16 bits instead of splitting them: required.
+/// Cuts characters above 0xFFFF to their low 16 bits instead of splitting them: required.
 std::size_t putLow16(std::uint32_t character, unsigned short* at) {
     *at = static_cast<unsigned short>(character);
     return 1;
@@ -82,7 +82,7 @@ int TextEncoding::convert(void* target) {
     }
 }
 
-// An own codec makes at least one unit of every text: nothing means that it refused the result.
+/// An own codec makes at least one unit of every text: nothing means that it refused the result.
 int TextEncoding::checkedCount(int count) {
     error_ = count == 0 && sourceLength_ > 0 ? EFBIG : 0;
     return count;
@@ -117,8 +117,8 @@ int TextEncoding::fromUTF16(void* target, int toCodePage) {
     }
 }
 
-// Converts piece by piece, and gives back what has been read of the source. No piece ends with a
-// surrogate, of whichever half: the codec would join it with the next unit.
+/// Converts piece by piece, and gives back what has been read of the source. No piece ends with a
+/// surrogate, of whichever half: the codec would join it with the next unit.
 int TextEncoding::consumeUTF16(char* target) {
     constexpr int pieceLength = 1 << 21;
     const auto* const source = sourceAs<unsigned short>();
@@ -161,7 +161,7 @@ int TextEncoding::fromOther(void* target, int toCodePage) {
     }
 }
 
-// Goes through UTF-16, when only measuring too: the result counts characters, not units.
+/// Goes through UTF-16, when only measuring too: the result counts characters, not units.
 int TextEncoding::toUTF32(void* target) {
     const int units = convertByIConv(hostUtf16, nullptr, 0, 2, 1);
     std::vector<unsigned short> utf16(static_cast<std::size_t>(units));
@@ -181,7 +181,7 @@ int TextEncoding::IConv(void* target, int targetUnit, int sourceUnit) {
     return outputCount_;
 }
 
-// `room` is in target units and doesn't matter when only measuring.
+/// `room` is in target units and doesn't matter when only measuring.
 int TextEncoding::convertByIConv(TextArg toEncoding, void* target, int room, int targetUnit,
                                  int sourceUnit) {
     const auto unit = static_cast<std::size_t>(targetUnit);
@@ -232,7 +232,7 @@ bool TextEncoding::FindRaggedEnd(int& trailingBytes) const {
            raggedMultibyte(trailingBytes);
 }
 
-// Walks back to the last byte that begins a complete sequence.
+/// Walks back to the last byte that begins a complete sequence.
 int TextEncoding::raggedUTF8() const {
     const char* const begin = sourceAs<char>();
     const char* const end = begin + sourceLength_;
@@ -247,8 +247,8 @@ int TextEncoding::raggedUTF8() const {
     return static_cast<int>(end - start);
 }
 
-// Converts from the start, since only that tells the bytes of a character apart, and takes what the
-// converter leaves unread at the end.
+/// Converts from the start, since only that tells the bytes of a character apart, and takes what
+/// the converter leaves unread at the end.
 bool TextEncoding::raggedMultibyte(int& trailingBytes) const {
     ::IConv converter("UTF-8", fromEncoding_);
     converter.run(sourceBytes(1), {});
@@ -267,7 +267,7 @@ std::string convertWhole(TextEncoding& encoding, const char* toEncoding) {
     return out;
 }
 
-// A text too long for the conversion is none.
+/// A text too long for the conversion is none.
 int lengthOf(TextArg text) {
     return text.view().size() > std::size_t{INT_MAX} ? 0 : static_cast<int>(text.view().size());
 }

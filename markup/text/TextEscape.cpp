@@ -16,15 +16,15 @@ namespace {
 
 using Position = std::string_view::size_type;
 
-// Bytes between the "&" and the ";" of a reference.
+/// Bytes between the "&" and the ";" of a reference.
 constexpr Position longestReferenceName = 9;
 
 constexpr bool isAscii(char c) {
     return static_cast<unsigned char>(c) < 0x80;
 }
 
-// Reads a number as the C library does, so blanks and a sign before the digits and anything behind
-// them pass. 0 stands for no character: no digits, a zero, or a negative number.
+/// Reads a number as the C library does, so blanks and a sign before the digits and anything behind
+/// them pass. 0 stands for no character: no digits, a zero, or a negative number.
 std::uint32_t characterReference(std::string_view digits) {
     int base = 10;
     if (digits.starts_with('x') || digits.starts_with('X')) {
@@ -37,8 +37,8 @@ std::uint32_t characterReference(std::string_view digits) {
     return value < 0 ? 0 : static_cast<std::uint32_t>(value);
 }
 
-// Appends what begins at the "&" at `pos`: the character of a known reference, else the "&" itself.
-// Returns the position behind what was consumed.
+/// Appends what begins at the "&" at `pos`: the character of a known reference, else the "&"
+/// itself. Returns the position behind what was consumed.
 Position appendReference(std::string& out, std::string_view text, Position pos) {
     std::string_view name = text.substr(pos + 1, longestReferenceName + 1);
     name = name.substr(0, name.find(';'));
@@ -75,7 +75,7 @@ Position skipWhile(std::string_view text, Position pos, Test test) {
     return pos;
 }
 
-// Works on the escaped text: white space that a reference yields is never dropped.
+/// Works on the escaped text: white space that a reference yields is never dropped.
 void appendTrimmed(std::string& out, std::string_view text, bool collapse) {
     bool begun = false;
     Position pos = 0;
@@ -113,8 +113,8 @@ constexpr bool isReferenceByte(char c) {
            c == ':' || c == '_';
 }
 
-// Length of the well-formed reference, known or not, that begins with the "&" at `pos`; 0 when none
-// does. The scan stops at the next "&", so scanning from every "&" of a text is linear.
+/// Length of the well-formed reference, known or not, that begins with the "&" at `pos`; 0 when
+/// none does. The scan stops at the next "&", so scanning from every "&" of a text is linear.
 Position referenceLength(std::string_view text, Position pos) {
     const Position first = pos + 1;
     if (first == text.size() || !isReferenceStart(text[first])) {

@@ -12,8 +12,8 @@ namespace {
 constexpr int invalidSequence = -1;
 constexpr int cutOffSequence = -2;
 
-// DecodeCharUTF8 that tells the two kinds of fault apart. A lead byte 10xxxxxx reads like 110xxxxx
-// and bit 0x40 of a continuation is not looked at: the check is meant to be this loose.
+/// DecodeCharUTF8 that tells the two kinds of fault apart. A lead byte 10xxxxxx reads like 110xxxxx
+/// and bit 0x40 of a continuation is not looked at: the check is meant to be this loose.
 int decodeSequence(const char*& cursor, const char* end) {
     const unsigned lead = static_cast<unsigned char>(*cursor++);
     if (lead < 0x80) {
