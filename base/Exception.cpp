@@ -1,10 +1,10 @@
+// An exception is copied when it is thrown, and the attachment can't be: hence the copies share it.
+// The text of an error number is asked for only when somebody wants to read it.
+
 #include "base/Exception.h"
 
 #include <cstring>
 #include <utility>
-
-// An exception is copied when it is thrown, and the attachment can't be: hence the copies share it.
-// The text of an error number is asked for only when somebody wants to read it.
 
 namespace vek {
 

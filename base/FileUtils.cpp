@@ -1,6 +1,7 @@
 // A listing goes down into folders without recursion: the open ones are a path of levels, each with
 // the names that are left of it. All names of a folder are read before the first is used, so that
 // they can be sorted and no more than one folder is open at a time.
+
 #include "base/FileUtils.h"
 
 #include <dirent.h>

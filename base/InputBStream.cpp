@@ -8,6 +8,7 @@
 //
 // A window that holds something but is not full has met the end of the source, which is not asked
 // for more again.
+
 #include "base/InputBStream.h"
 
 #include <algorithm>

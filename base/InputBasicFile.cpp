@@ -1,5 +1,6 @@
 // The offset is counted here and not asked of stdio, which knows none on a pipe. After a seek on a
 // file stdio's is taken over: it may not be the one that was asked for.
+
 #include "base/InputBasicFile.h"
 
 #include <algorithm>

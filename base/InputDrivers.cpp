@@ -2,6 +2,7 @@
 // with the rest of the server: chains open their members through the server, and windows read
 // chains, so that the server itself must know no stream. Whoever asks for the server, from below
 // too, gets it with these drivers.
+
 #include <cerrno>
 #include <cstdlib>
 #include <memory>

@@ -5,6 +5,7 @@
 //
 // A member is brought to its place before the chain counts as moved: a pipe that can't go back
 // throws, and the chain then stays where it was.
+
 #include "base/InputMultiFile.h"
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 // from its arguments or from what stands behind "::" in the name, and whether the name is one file.
 // Then the driver itself opens a file; anything else is a pattern and goes to the first driver,
 // with the chosen one as its option, and comes back from there once for each file.
+
 #include "base/InputServer.h"
 
 #include <memory>

@@ -1,3 +1,7 @@
+// What every stream has in common, and what they ask the system about names. Numbers are read by
+// bytes and turned to the machine's order only at the end, so that one piece of code serves both
+// orders: the value lies at that end of the field at which the data have its lowest byte.
+
 #include "base/InputStream.h"
 
 #include <sys/stat.h>
@@ -7,10 +11,6 @@
 #include <cstring>
 
 #include "base/Exception.h"
-
-// What every stream has in common, and what they ask the system about names. Numbers are read by
-// bytes and turned to the machine's order only at the end, so that one piece of code serves both
-// orders: the value lies at the end of the field in which the data have its lowest byte.
 
 namespace vek {
 

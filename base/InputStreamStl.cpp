@@ -1,5 +1,6 @@
 // A standard stream that has met its end refuses to seek and to tell its place. Both clear its
 // state around the call; asking for the place then puts it back, seeking leaves it cleared.
+
 #include "base/InputStreamStl.h"
 
 #include <algorithm>

@@ -4,6 +4,7 @@
 // size are brought into one cycle of 400, in which <chrono> knows the dates.
 //
 // Reading takes sscanf and printing snprintf, with the formats that define the layouts.
+
 #include "base/JulianDate.h"
 
 #include <strings.h>

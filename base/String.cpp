@@ -1,6 +1,7 @@
 // How a vek::String comes to its text. Every change of length takes a new block of exactly that
 // length; the old one lives until its text is copied, since the new text may lie in it. Searches
 // are in StringScan.cpp, edits in StringEdit.cpp.
+
 #include "base/String.h"
 
 #include <algorithm>

@@ -2,6 +2,7 @@
 // a new block with a gap in it, and the old one kept until the text that fills the gap is copied,
 // which may lie there. Those that replace many pieces collect the result beside the string first,
 // since a block of exact length for each piece would take quadratic time.
+
 #include <algorithm>
 #include <cctype>
 #include <cstdio>

@@ -2,6 +2,7 @@
 // text to search for see only what stands before the first NUL, as the C library's functions do by
 // which they are defined; those that take one character see the whole text. Numbers are converted
 // by the C library, in the "C" locale that no program of this project ever leaves.
+
 #include <strings.h>
 
 #include <algorithm>

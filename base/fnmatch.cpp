@@ -3,6 +3,7 @@
 // the last "*" ever does so: whatever an earlier one could reach by giving way it reaches, too. So
 // the time is the product of the two lengths at most, where trying all divisions of the text among
 // the "*" would not end.
+
 #include "base/fnmatch.h"
 
 namespace vek {

@@ -19,7 +19,6 @@ int CoefficientTable::kindOf(std::string_view elementName) {
 
 long CoefficientTable::appendValues(int detector, int kind, std::string_view text) {
     Values& values = lists_[static_cast<std::size_t>(detector) - 1][static_cast<std::size_t>(kind)];
-    // Appended many at a time: a vector of the usual length then takes its memory once.
     VectorReader reader(text);
     VectorReader::Batch batch;
     while (const std::size_t count = reader.read(batch)) {

@@ -24,6 +24,7 @@ bool Converter::convertFile(const char* path, int fileCount) {
     VORN(record_, messages_).init(path, fileCount, document, fileType_);
     DataSection data(document, record_, messages_);
     data.readFields();
+    // Before anything of the file is written: one that is refused leaves nothing in the record.
     if (!checkNucTable(data.nucTableId())) {
         return false;
     }

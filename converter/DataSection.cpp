@@ -1,3 +1,10 @@
+// Elements are found forward only, and whether they are there is not asked: a missing one reads as
+// 0, and the moves that follow are made all the same. That some damaged files then read as other
+// parts of themselves is required.
+//
+// The record has the number of the configurations before the first of them, so they are walked over
+// twice: once to be counted, then from the saved position to be read.
+
 #include "converter/DataSection.h"
 
 #include <cstdlib>
@@ -11,9 +18,6 @@ constexpr const char* configurationName = "COEFFICIENTS_LIST";
 
 }  // namespace
 
-// Elements are found forward only, and whether they are there is not asked: a missing one reads as
-// 0, and the moves that follow are made all the same. That some damaged files then read as other
-// parts of themselves is required.
 void DataSection::readFields() {
     document_.FindElem("DATA");
     document_.IntoElem();

@@ -1,9 +1,10 @@
+// As everywhere in the converter, a number is what the C library makes of a text: what stands behind
+// it is ignored, and none is 0. Whether the record has a place for it is for those to test who read
+// it.
+
 #include "converter/ElementText.h"
 
 #include <cstdlib>
-
-// Numbers are what strtol and strtod make of a text, and nothing is tested: what stands behind a
-// number is ignored, and no number is 0. Whoever wants to know more asks before converting.
 
 std::string findElementText(MarkupDocument& document, const PathPos& path) {
     return document.FindElem(path) ? document.GetData() : std::string();

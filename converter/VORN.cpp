@@ -25,8 +25,8 @@ void VORN::init(const char* path, int fileCount, MarkupDocument& document, std::
     }
 }
 
-/// Elements are found forward only, and whether they are there is not asked: the moves that follow
-/// are made all the same, and the prologue always has its three dates.
+/// Elements are found forward only, and whether they are there is not asked: the text of a missing
+/// one is empty, which reads as 2000-01-01.
 void VORN::writePrologue(int fileCount, MarkupDocument& document, std::string_view type) {
     record_.begin(type);  // 1 to 3
     vek::JulianDate date;

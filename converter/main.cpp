@@ -1,3 +1,9 @@
+// How a run ends. An inconsistency of the files comes back from the converter as a status. Writing
+// that fails and memory that runs out can come from anywhere, so they arrive here as exceptions and
+// end the run in the same way, with a message and 255; what telling them takes, the output's buffer
+// and room for the message, is there before the first file. Nothing else is caught: that
+// too short a name of the first root element ends the process by a signal is required.
+
 #include <malloc.h>
 #include <unistd.h>
 

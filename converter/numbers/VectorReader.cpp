@@ -1,3 +1,10 @@
+// Files hold next to nothing but vectors, and vectors next to nothing but usual numbers, which are
+// read by the register. The text is gone through in blocks: the spaces of a block are sought before
+// the numbers that end there are read, so that no number has to wait for the end of the one before
+// it. A register looks at bytes around its number; so near the ends of the text the numbers are
+// read from a copy with room on either side. What is no usual number, and everything on machines
+// without the registers, is left to strtod.
+
 #include "converter/numbers/VectorReader.h"
 
 #include <algorithm>
@@ -7,13 +14,6 @@
 #include <string>
 
 #include "converter/numbers/Decimal.h"
-
-// Files hold next to nothing but vectors, and vectors next to nothing but usual numbers, which are
-// read by the register. The text is gone through in blocks: the spaces of a block are sought before
-// the numbers that end there are read, so that no number has to wait for the end of the one before
-// it. A register looks at bytes around its number; so near the ends of the text the numbers are
-// read from a copy with room on either side. What is no usual number, and everything on machines
-// without the registers, is left to strtod.
 
 namespace {
 

@@ -1,3 +1,8 @@
+// Files name their encodings in many ways; the table gives each name the number by which the layer
+// tells encodings apart. The compiler sorts the rows into slots, so that they can stand here in an
+// order to be read in, and a look-up still compares no more than six names. What is known of the
+// table as a whole is asserted behind it: no row is lost or added by a slip.
+
 #include "markup/text/EncodingNameTable.h"
 
 #include <algorithm>

@@ -1,3 +1,8 @@
+// HTML tells "Oslash" from "oslash"; here case makes no difference, and the one with the capital
+// letter is always meant. The table has both, as HTML has, but the second of a pair is never found.
+// So the order within a pair decides, which the assertions at the end hold, with the number of the
+// rows and that of the pairs. Rows are sorted into buckets by the compiler.
+
 #include "markup/text/PredefEntityTable.h"
 
 #include <algorithm>
@@ -10,9 +15,7 @@
 
 namespace {
 
-/// The character entities of HTML 4 in its three groups, and "apos" of XML. Of two names that
-/// differ in case only, the one with a capital letter stands first, so that the case-blind look-up
-/// finds it.
+/// The character entities of HTML 4 in its three groups, and "apos" of XML.
 constexpr auto predefEntities = std::to_array<PredefEntity>({
     // Latin-1, and "Yuml" of the special characters, which must precede "yuml"
     {"nbsp", 160},

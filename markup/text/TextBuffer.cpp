@@ -1,13 +1,13 @@
+// Memory is taken anew only for a text that does not fit, and then the old is given back first:
+// there may not be room for both. The NUL behind the text is set wherever its end moves to.
+
 #include "markup/text/TextBuffer.h"
 
 #include <algorithm>
 
-// Memory is taken anew only for a text that does not fit, and then the old is given back first:
-// there may not be room for both. The NUL behind the text is set wherever its end moves to.
-
 char* TextBuffer::reset(std::size_t size) {
     if (size >= block_.size()) {
-        clear();  // given back first: there may not be memory for both
+        clear();
         block_ = Pages(size + 1, Pages::huge);
     }
     size_ = size;
