@@ -80,6 +80,7 @@ void listEntry(const std::string& name, const char* pattern, bool recursive,
         FileUtils::pathName(name.c_str(), dir.isNull() ? nullptr : dir.c_str()));
     struct stat status;
     if (stat(file->c_str(), &status) != 0) {
+        // Gone since the names were read, or a link that leads nowhere.
         return;
     }
     if (!S_ISDIR(status.st_mode)) {
@@ -106,6 +107,7 @@ String FileUtils::baseName(const char* path, bool stripTrailingSlash) {
     if (slash != std::string_view::npos) {
         text.remove_prefix(slash + 1);
     }
+    // An empty view may have no data, of which a null string would be made.
     return text.empty() ? String("") : toString(text);
 }
 

@@ -28,6 +28,8 @@ namespace vek {
 namespace {
 
 constexpr unsigned long most = std::numeric_limits<long>::max();
+/// What larger windows keep back. On a pipe, where nothing else leads back, they keep all but so
+/// much, the least that is left to read into.
 constexpr unsigned long usualKeepBack = 1024;
 /// Windows of this size and below keep half of themselves back; where the size of a whole file is
 /// not known its window has this one.
@@ -35,6 +37,8 @@ constexpr unsigned long smallCapacity = 2048;
 /// How far getline reads ahead at once; it has to go back behind the delimiter.
 constexpr long linePiece = 512;
 
+/// Takes storage. `place` goes into the message; that one names a class that has no such member is
+/// required.
 std::unique_ptr<char[]> allocate(unsigned long size, const char* place) {
     std::unique_ptr<char[]> block(size > most ? nullptr : new (std::nothrow) char[size]);
     if (!block) {
@@ -47,6 +51,7 @@ std::unique_ptr<char[]> allocate(unsigned long size, const char* place) {
 }  // namespace
 
 InputBStream::InputBStream(const char* name, ByteOrder order) : InputStream(name, order) {
+    // Of a null name the base makes an empty one; here it means standard input.
     if (name == nullptr) {
         name_.setNull();
     }
@@ -163,6 +168,7 @@ long InputBStream::size(long offset) {
 int InputBStream::peek() {
     char byte = 0;
     if (bufread(&byte, 1, 0) == 0) {
+        // To look past the end counts as no attempt to read.
         eof_ = fail_ = false;
         return -1;
     }
@@ -257,6 +263,7 @@ bool InputBStream::rewindSource() {
 /// ends before the position.
 bool InputBStream::slide() {
     const long keep = std::min(keepBack_, position_);
+    // What the window has of those bytes is moved, and the source goes on behind it.
     const long moved =
         valid_ == 0 || position_ - end() >= keepBack_ ? 0 : end() + keepBack_ - position_;
     seekSource(position_ - keep + moved);

@@ -113,6 +113,7 @@ bool InputMultiFile::addMatches(const char* driver, const char* options) {
     for (long i = 0; i < listing.count(); ++i) {
         const String& path = *listing[i];
         if (isHidden(path)) {
+            // No member, but a match: a chain of hidden files alone is empty, as is required.
             matches = true;
         } else if (isNameText(path)) {
             matches = true;
@@ -193,6 +194,8 @@ unsigned long InputMultiFile::bufread(char* buffer, unsigned long count, unsigne
         delivered += static_cast<unsigned long>(got);
         position_ += got;
         readFailed_ = readFailed_ || current().readFailed();
+        // Asked also when all has come: between two members the chain stands in the second, and
+        // name() tells so.
         if (isLast(current_) || current().peek() >= 0) {
             break;
         }

@@ -62,6 +62,7 @@ InputStream* InputServer::getFile(const char* name, InputStream::ByteOrder order
     String driverName(driver);
     String driverOptions(options);
     if (driverName.length() == 0) {
+        // A name that begins with "::" is one, whatever follows.
         const int split = path.find("::");
         if (split > 0) {
             const String choice = path.substr(split + 2, -1);
@@ -74,6 +75,7 @@ InputStream* InputServer::getFile(const char* name, InputStream::ByteOrder order
         driverOptions.setNull();
     }
     if (driverName.length() == 0) {
+        // Options are those of a driver: without one they are nobody's.
         driverName = defaultDriver_;
         driverOptions.setNull();
     }
@@ -108,7 +110,7 @@ InputStream* InputServer::openFile(const char* name, InputStream::ByteOrder orde
 InputStream* InputServer::openPattern(const char* name, InputStream::ByteOrder order,
                                       const String& driver, const String& options) const {
     const Entry& entry = *drivers_[patternDriver];
-    if (driver.length() == 0) {
+    if (driver.length() == 0) {  // a default driver without a name
         return entry.driver(name, order, entry.options.c_str());
     }
     String members = driver;

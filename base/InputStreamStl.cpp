@@ -14,6 +14,7 @@ namespace vek {
 
 namespace {
 
+/// A count as standard streams take it: signed, hence limited.
 std::streamsize streamSize(unsigned long count) {
     constexpr auto most = std::numeric_limits<std::streamsize>::max();
     return static_cast<std::streamsize>(std::min(count, static_cast<unsigned long>(most)));

@@ -125,6 +125,8 @@ struct DateText {
     int consumed = 0;
 };
 
+/// Fills in what `text` has of one layout. The length comes from the "%n" at its end, and stays 0
+/// where the text differs before that.
 void readLayout(const char* text, DateLayout layout, DateText& date) {
     int* const day = &date.fields.tm_mday;
     int* const month = &date.fields.tm_mon;
@@ -146,6 +148,7 @@ void readLayout(const char* text, DateLayout layout, DateText& date) {
     }
 }
 
+/// Fills `date` in by the first layout that counts; without any it is 2000-01-01.
 DateLayout readDate(const char* text, DateText& date) {
     for (const DateLayout layout : {dayNameYear, yearMonthDay, compactDate, dayMonthYear}) {
         readLayout(text, layout, date);
@@ -312,6 +315,7 @@ String JulianDate::monthStr() const {
 }
 
 double JulianDate::julianDayD(int year) const {
+    // One division here and two below, which may differ in the last bit: both are required.
     if (year == 2000) {
         return static_cast<double>(microseconds) / static_cast<double>(perDay);
     }
@@ -346,6 +350,8 @@ String JulianDate::timeStr(const std::tm* fields, double seconds, int precision,
 /// Sets the instant `fraction` seconds after the UTC `fields`, truncated toward zero; limits it
 /// and returns false when the count cannot hold it.
 bool JulianDate::convert(const std::tm& fields, double fraction) {
+    // In a double, as the fraction comes in one: it holds every microsecond up to 285 years from
+    // 2000, and beyond fewer and fewer of them.
     constexpr auto scale = static_cast<double>(perSecond);
     const double value = static_cast<double>(secondsOf(fields)) * scale + fraction * scale;
     if (!fitsInt64(value)) {

@@ -107,6 +107,7 @@ class Matcher {
             }
             const unsigned char low = takeMember(pattern);
             unsigned char high = low;
+            // A "-" before the "]" begins no range: it is a member like any other.
             if (*pattern == '-' && pattern[1] != ']' && pattern[1] != '\0') {
                 ++pattern;
                 high = takeMember(pattern);

@@ -1,6 +1,6 @@
-// As everywhere in the converter, a number is what the C library makes of a text: what stands behind
-// it is ignored, and none is 0. Whether the record has a place for it is for those to test who read
-// it.
+// As everywhere in the converter, a number is what the C library makes of a text: what stands
+// behind it is ignored, and none is 0. Whether the record has a place for it is for those to test
+// who read it.
 
 #include "converter/ElementText.h"
 

@@ -43,6 +43,7 @@ int ElemPosTree::release(int index) {
     return next;
 }
 
+/// Makes room for half as many records again, and for eight at least.
 void ElemPosTree::grow() {
     GrowElemPosTree(std::max({size_ + size_ / 2, size_ + 1, 8}));
 }

@@ -44,6 +44,7 @@ constexpr int onlyOfName = -1;
 
 }  // namespace
 
+/// A piece of the text; a negative length counts as 0.
 std::string_view MarkupDocument::slice(int offset, int length) const {
     return docText_.view().substr(static_cast<std::size_t>(offset),
                                   static_cast<std::size_t>(std::max(length, 0)));
@@ -86,6 +87,7 @@ int MarkupDocument::siblingNumber(int pos) const {
     return number;
 }
 
+/// Numbers all children of `parent`: for one alone they would have to be walked just as far.
 void MarkupDocument::numberChildren(int parent) const {
     std::map<std::string, std::vector<int>> elemsOfName;
     for (int pos = tree_[parent].child; pos != 0; pos = tree_[pos].next) {

@@ -5,6 +5,7 @@
 #include "markup/text/CharClass.h"
 #include "markup/text/NameCompare.h"
 
+/// Moves to an element, or before the first at its level when `main` is 0; never to another node.
 void MarkupDocument::setPos(int parent, int main, int child) {
     pos_ = {parent, main, child, main != 0 ? NodeElement : 0, 0, 0};
 }

@@ -38,6 +38,7 @@ std::string_view cutSegment(std::string_view& name, bool isFirst) {
 }  // namespace
 
 void OpenTagStack::pop() {
+    // Entries are undone in the reverse order, so that each node has again what it had before.
     const int popped = depth();
     tags_.pop_back();
     while (!entries_.empty() && entries_.back().depth == popped) {
@@ -69,6 +70,7 @@ int OpenTagStack::findMatch(std::string_view endName) {
     return nodes_[static_cast<std::size_t>(node)].depth;
 }
 
+/// The child that continues a node's name by `segment`, 0 for none.
 int OpenTagStack::findChild(int node, std::string_view segment) const {
     const Node& parent = nodes_[static_cast<std::size_t>(node)];
     if (parent.firstChild == 0 || parent.firstSegment == segment) {
@@ -78,6 +80,7 @@ int OpenTagStack::findChild(int node, std::string_view segment) const {
     return found == otherChildren_.end() ? 0 : found->second;
 }
 
+/// Adds such a child; the bytes of `segment` must stay as long as the index does.
 int OpenTagStack::addChild(int node, std::string_view segment) {
     const int child = static_cast<int>(nodes_.size());
     nodes_.emplace_back();
@@ -91,6 +94,7 @@ int OpenTagStack::addChild(int node, std::string_view segment) {
     return child;
 }
 
+/// Enters the tags pushed since the last time.
 void OpenTagStack::enterPending() {
     if (nodes_.empty()) {
         nodes_.emplace_back();
@@ -100,6 +104,7 @@ void OpenTagStack::enterPending() {
     }
 }
 
+/// Enters the tag at `depth` at the node of each name that may end it.
 void OpenTagStack::enter(int depth) {
     std::string_view rest = at(depth).name();
     if (ignoreCase_) {

@@ -18,6 +18,7 @@ bool PathPos::ParsePath() {
         return true;
     }
     type = text_.starts_with("//") ? PathAnywhere : at('/') ? PathAbsolute : PathRelative;
+    // Types count the slashes that paths begin with, from 1 for none.
     nameStart = static_cast<std::size_t>(type) - 1;
     offset = nameStart;
     if (!parseSegments()) {

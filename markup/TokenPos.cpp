@@ -149,6 +149,7 @@ int TokenPos::ParseNode(NodePos& node) {
     }
 }
 
+/// Ends the node before `end` and goes on there.
 int TokenPos::endNode(NodePos& node, int type, std::size_t end) {
     node.type = type;
     node.length = static_cast<int>(end) - node.start;
@@ -156,6 +157,7 @@ int TokenPos::endNode(NodePos& node, int type, std::size_t end) {
     return type;
 }
 
+/// Scans up to the next "<": text, or white space where there is nothing else.
 int TokenPos::parseRun(NodePos& node) {
     const std::size_t start = markup::skipClass(text_, static_cast<std::size_t>(next), ClassSpace);
     if (start == text_.size() || text_[start] == '<') {
@@ -200,6 +202,7 @@ bool TokenPos::isEmptyTag(std::size_t tagEnd, std::size_t lastValueEnd) const {
            (lastValueEnd != tagEnd - 1 || markup::isClass(before, ClassSpace) || isQuote(before));
 }
 
+/// Scans what begins with "<!": the next two bytes tell what it is.
 int TokenPos::parseDeclaration(NodePos& node) {
     const auto start = static_cast<std::size_t>(node.start);
     const std::string_view rest = text_.substr(start + 2, 2);
@@ -303,6 +306,7 @@ int TokenPos::parseSyntaxError(NodePos& node, std::string_view result, std::size
     return endNode(node, NodeSyntaxError, text_[stop] == '>' ? stop + 1 : stop);
 }
 
+/// Makes the rest of the text a syntax error, for a node whose end is not in it.
 int TokenPos::unterminated(NodePos& node, std::string_view openKind) {
     node.results.push_back({ResultUnterminatedTagSyntax, openKind, RESULT_TYPE, node.start});
     return endNode(node, NodeSyntaxError, text_.size());

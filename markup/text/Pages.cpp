@@ -21,6 +21,7 @@
 
 namespace {
 
+// Bytes of the pages that x86-64 has.
 constexpr std::size_t page = 4096;
 constexpr std::size_t hugePage = std::size_t{1} << 21;
 
@@ -33,6 +34,8 @@ char* map(std::size_t size) {
 
 /// The same from where a huge page begins, with huge pages for the first `inHugePages` bytes.
 char* mapHuge(std::size_t size, std::size_t inHugePages) {
+    // One more than needed, so that a huge page begins within the first; what is too much goes
+    // back.
     const std::size_t whole = size + hugePage;
     char* const area = map(whole);
     if (area == nullptr) {

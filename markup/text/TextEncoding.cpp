@@ -27,7 +27,7 @@ constexpr const char* hostUtf16 =
     std::endian::native == std::endian::little ? "UTF-16LE" : "UTF-16BE";
 
 /// Code pages whose characters may take more than one byte, UTF-8 and UTF-16 aside. The default
-/// character set counts as one.
+/// character set counts as one. 20833 and those from 50930 to 50939 have no name in the table.
 constexpr std::array multibyteCodePages = {
     0,     874,   932,   936,   949,   950,   1361,  10001, 10002, 10003, 10008, 10021, 20000,
     20001, 20002, 20003, 20004, 20833, 20932, 20936, 20949, 50220, 50221, 50222, 50225, 50227,
@@ -120,6 +120,7 @@ int TextEncoding::fromUTF16(void* target, int toCodePage) {
 /// Converts piece by piece, and gives back what has been read of the source. No piece ends with a
 /// surrogate, of whichever half: the codec would join it with the next unit.
 int TextEncoding::consumeUTF16(char* target) {
+    // In units: two huge pages of source, of which only whole ones are given back.
     constexpr int pieceLength = 1 << 21;
     const auto* const source = sourceAs<unsigned short>();
     int count = 0;

@@ -16,7 +16,8 @@ namespace {
 
 using Position = std::string_view::size_type;
 
-/// Bytes between the "&" and the ";" of a reference.
+/// Bytes between the "&" and the ";" of a reference. The longest names have 8, and so has the last
+/// character there is, "#x10FFFF".
 constexpr Position longestReferenceName = 9;
 
 constexpr bool isAscii(char c) {
@@ -183,6 +184,8 @@ std::string EscapeText(TextArg text, int flags) {
 std::string x_EncodeCDATASection(TextArg text) {
     constexpr std::string_view endMark = "]]>";
     const std::string_view in = text.view();
+    // No section can hold the mark that ends it: where the text has one the section ends within
+    // the mark, and another begins with the rest.
     std::string out = "<![CDATA[";
     out.reserve(in.size() + 12);
     Position pos = 0;

@@ -9,6 +9,7 @@
 
 namespace {
 
+// Only DetectUTF8 tells the two apart; to all others both are no character.
 constexpr int invalidSequence = -1;
 constexpr int cutOffSequence = -2;
 

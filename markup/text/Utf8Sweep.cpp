@@ -67,7 +67,8 @@ std::size_t markup::plainUtf8Length(std::string_view text) {
             passed += blockSize;
             continue;
         }
-        // Past the block that is not plain, byte by byte; then in blocks again.
+        // Past the block that is not plain, by sequences, the last of which may end behind it; then
+        // in blocks again, wherever they begin now.
         const std::size_t blockEnd = std::min(passed + blockSize, text.size());
         while (passed < blockEnd) {
             const std::size_t length = sequenceLength(bytes + passed, text.size() - passed);
