@@ -33,7 +33,7 @@ class FileUtils {
     /// pattern (null: all) to `result`, which takes ownership, as pathName(name, dir), sorted by
     /// bytes. With `recursive`, matching subdirectories are listed in their place; one that is
     /// already being listed (through a symbolic link) is not entered again. Returns the number
-    /// of elements that `result` then has; 0, leaving it, when `dir` cannot be opened.
+    /// of elements that `result` then has; 0, leaving it, when `dir` cannot be read.
     static int listFiles(const char* dir, const char* pattern, bool recursive,
                          ObjAppendListP<String>& result);
 };

@@ -40,8 +40,7 @@ void InputBasicFile::open() {
 }
 
 InputStream& InputBasicFile::seek(long offset, std::ios::seekdir dir) {
-    const bool isKnown = dir == std::ios::beg || dir == std::ios::cur || dir == std::ios::end;
-    if (!file_ || !isKnown) {
+    if (!file_ || !isDirection(dir)) {
         return *this;
     }
     if (isFifo_) {

@@ -213,7 +213,7 @@ unsigned long InputMultiFile::bufread(char* buffer, unsigned long count, unsigne
 }
 
 InputStream& InputMultiFile::seek(long offset, std::ios::seekdir dir) {
-    if (dir != std::ios::beg && dir != std::ios::cur && dir != std::ios::end) {
+    if (!isDirection(dir)) {
         return *this;
     }
     const long target =

@@ -81,6 +81,11 @@ class InputStream {
     /// Keeps a copy of `name` (null: "") and the order, BYTE_ORDER_NATIVE becoming the machine's.
     InputStream(const char* name, ByteOrder order);
 
+    /// Whether seek() knows `dir`: any other is ignored.
+    static bool isDirection(std::ios::seekdir dir) {
+        return dir == std::ios::beg || dir == std::ios::cur || dir == std::ios::end;
+    }
+
     ByteOrder order_;
     String name_;
     bool isFifo_ = false;

@@ -26,7 +26,7 @@ InputStreamStl::InputStreamStl(std::istream* stream, const char* name, ByteOrder
     : InputStream(name, order), stream_(stream) {}
 
 InputStream& InputStreamStl::seek(long offset, std::ios::seekdir dir) {
-    if (dir == std::ios::beg || dir == std::ios::cur || dir == std::ios::end) {
+    if (isDirection(dir)) {
         stream_->clear();
         stream_->seekg(offset, dir);
         stream_->clear();

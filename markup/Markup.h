@@ -28,6 +28,9 @@
 /// Record index 0 is the document itself and means "none" in positions and links. Texts, files and
 /// results of conversions above INT32_MAX bytes are refused.
 ///
+/// While its flags hold DocFlagReadFile or DocFlagWriteFile a document is in a file mode. It takes
+/// no text, file or saved position then, and finds no child elements; nothing changes.
+///
 /// Operations begin with a capital letter; those that begin with `x_` work on given records or
 /// maintain them, and are meant for the layer itself and for callers that keep record indices.
 class MarkupDocument {
