@@ -19,6 +19,8 @@ void VORN::init(const char* path, int fileCount, MarkupDocument& document, std::
     document.IntoElem();
     if (fileType.empty()) {
         fileType = name;
+        // In the record its prefix stands for the first 4 characters. Of fewer substr throws,
+        // before anything is written, and nothing catches it: required.
         writePrologue(fileCount, document, fileType.substr(4));
     } else if (name != fileType) {
         messages_.fileTypeMismatch(name);
