@@ -85,7 +85,7 @@ int ElemParser::addElem(int start, int tagLength) {
 }
 
 /// Links a fresh record, `elem` at `pos`, as the last child of the innermost open element.
-inline void ElemParser::linkLastChild(int pos, ElemPos& elem) {
+void ElemParser::linkLastChild(int pos, ElemPos& elem) {
     ElemPos& above = tree_[current_];
     elem.parent = current_;
     if (last_ == 0) {
