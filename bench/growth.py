@@ -29,6 +29,7 @@ END = b"</TEST_EQ_TABLE>"
 DATA = ROOT + b"<DATA><COEFFICIENTS_LIST tdi_config='A'>"
 VECTOR = (DATA + b"<COEFFICIENTS detector_id='1'><NB_OF_PIXELS>1</NB_OF_PIXELS>"
           b"<ON_BOARD_EQUALIZATION><APPLICABILITY_DATE/><COEFF_A1>")
+EMPTY_LIST = b"<COEFFICIENTS_LIST><COEFFICIENTS/></COEFFICIENTS_LIST>"
 DATA_END = b"</COEFFICIENTS_LIST></DATA>" + END
 VECTOR_END = b"</COEFF_A1></ON_BOARD_EQUALIZATION></COEFFICIENTS>" + DATA_END
 # A thousand at a time: distinct names by the million would take longer to make than to read.
@@ -57,6 +58,8 @@ FAMILIES = {
         lambda n: b"<a " + ATTRIBUTES * n + b"/>", 1_000, "attributes"),
     "siblings": (lambda n: DATA + b"<COEFFICIENTS/>" * n + DATA_END, 1_000_000),
     "siblings that are not sought": (lambda n: ROOT + b"<a/>" * n + END, 2_000_000),
+    "lists that leave one level too many": (
+        lambda n: b"<ROOT>" + EMPTY_LIST + b"</ROOT>" + EMPTY_LIST * n, 500_000),
     "siblings sought by name": (
         lambda n: b"<a>" + b"<b/><sought/><soughtnot/>" * n + b"</a>", 500_000, "siblings"),
     "children sought by name": (

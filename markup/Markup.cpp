@@ -69,19 +69,25 @@ bool MarkupDocument::x_ParseDoc() {
 void MarkupDocument::forgetRecords() noexcept {
     pos_ = {};
     attribWalk_ = {};
-    siblingNumbers_.clear();
+    forgetFindings();
     savedPos_.RemoveAll();
     tree_.restart();
 }
 
-int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
+/// Forgets what was found out about the records, when they or the case rule change.
+void MarkupDocument::forgetFindings() noexcept {
     siblingNumbers_.clear();
+    vainSearches_.clear();
+}
+
+int MarkupDocument::x_ParseElem(int parent, TokenPos& token) {
+    forgetFindings();
     ElemParser parser(tree_, resultText_, hasFlag(DocFlagIgnoreCase));
     return isRecord(parent) ? parser.parse(parent, token) : 0;
 }
 
 int MarkupDocument::x_ReleasePos(int pos) {
-    siblingNumbers_.clear();
+    forgetFindings();
     const bool isReleasable = isElement(pos) && !tree_[pos].hasFlag(ElemFlagDeleted);
     return isReleasable ? tree_.release(pos) : 0;
 }

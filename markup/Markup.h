@@ -1,8 +1,10 @@
 #pragma once
 
 #include <algorithm>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "markup/DocFlags.h"
@@ -78,7 +80,7 @@ class MarkupDocument {
     int GetDocFlags() const { return docFlags_; }
     void SetDocFlags(int flags) {
         docFlags_ = flags;
-        siblingNumbers_.clear();
+        forgetFindings();
     }
 
     // ---- Files
@@ -238,6 +240,7 @@ class MarkupDocument {
 
     bool setText(std::string_view text);
     void forgetRecords() noexcept;
+    void forgetFindings() noexcept;
 
     void setPos(int parent, int main, int child);
     bool isOnOtherNode() const { return pos_.nodeLength != 0; }
@@ -251,6 +254,7 @@ class MarkupDocument {
         return text.substr(std::min(static_cast<std::size_t>(tree_[pos].start) + 1, text.size()));
     }
     std::string_view tagNameAt(int pos) const;
+    int findNamed(int pos, std::string_view name) const;
     bool isCalled(int pos, std::string_view name) const;
     std::string_view unescaped(std::string_view text, std::string& storage) const;
     std::string_view contentOf(std::string_view content, std::string& storage) const;
@@ -277,5 +281,8 @@ class MarkupDocument {
     /// By record, its number among the siblings of its name, `onlyOfName`, or 0 for not numbered
     /// yet; records behind the end are not numbered yet either.
     mutable std::vector<int> siblingNumbers_;
+    /// Long searches by name that have found nothing: by parent and name, where the first sibling
+    /// starts that was looked at. From there on the name will not be found.
+    mutable std::map<std::pair<int, std::string>, int> vainSearches_;
     ElemPosTree tree_;
 };

@@ -31,8 +31,28 @@ int MarkupDocument::x_FindElem(int parent, int from, const PathPos& path) const 
     if (path.type != PathRelative || !path.mayNameTag()) {
         return 0;
     }
-    while (pos != 0 && !isCalled(pos, path.firstName())) {
+    return pos == 0 ? 0 : findNamed(pos, path.firstName());
+}
+
+/// The first element called `name` among sibling `pos` and those behind it; 0 when there is none. A
+/// damaged file may have each of many siblings ask for a name that none of them has: they are
+/// looked through for it once.
+int MarkupDocument::findNamed(int pos, std::string_view name) const {
+    const int parent = tree_[pos].parent;
+    const int start = tree_[pos].start;
+    if (!vainSearches_.empty()) {
+        const auto search = vainSearches_.find({parent, std::string(name)});
+        if (search != vainSearches_.end() && search->second <= start) {
+            return 0;
+        }
+    }
+    int length = 0;
+    for (; pos != 0 && !isCalled(pos, name); ++length) {
         pos = tree_[pos].next;
+    }
+    constexpr int longLength = 64;  // a shorter one costs less than to remember it
+    if (pos == 0 && length > longLength) {
+        vainSearches_[{parent, std::string(name)}] = start;
     }
     return pos;
 }
