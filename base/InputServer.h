@@ -19,9 +19,9 @@ namespace vek {
 /// - bmulti: as buffer, and patterns are one stream too
 class InputServer {
   public:
-    /// Opens `name` (null: standard input) with `options`, which may be null; the stream belongs to
-    /// the caller. Returns null when it does not accept the options; throws StdError as the stream
-    /// does.
+    /// Opens `name` (null: standard input, but for "fstream" and "multi") with `options`, which may
+    /// be null; the stream belongs to the caller. Returns null when it does not accept the options;
+    /// throws StdError as the stream does.
     using Driver = InputStream* (*)(const char* name, InputStream::ByteOrder order,
                                     const char* options);
 
