@@ -69,7 +69,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     keepFreedMemory();
-    Output output(STDOUT_FILENO, STDERR_FILENO);
+    static Output output(STDOUT_FILENO, STDERR_FILENO);  // too large for a small stack
     try {
         const auto count = static_cast<std::size_t>(std::max(argc - 1, 0));
         return run(Paths(argv + 1, count), output);
