@@ -5,6 +5,7 @@
 // "-" is standard input. Shows how the stream library is called: the input server opens a name, and
 // the change of the offset tells how much a read has brought.
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <array>
@@ -44,10 +45,12 @@ std::unique_ptr<InputStream> open(const std::string& argument) {
 bool write(const char* data, std::size_t size) {
     while (size > 0) {
         const ssize_t written = ::write(STDOUT_FILENO, data, size);
-        if (written < 0 && errno != EINTR) {
+        if (written < 0 && errno == EAGAIN) {  // full for now, and not to be waited for by itself
+            pollfd waited{STDOUT_FILENO, POLLOUT, 0};
+            ::poll(&waited, 1, -1);
+        } else if (written < 0 && errno != EINTR) {
             return false;
-        }
-        if (written > 0) {
+        } else if (written > 0) {
             data += written;
             size -= static_cast<std::size_t>(written);
         }
