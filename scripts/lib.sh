@@ -34,7 +34,7 @@ configure() {
 # compile PRESET [TARGET]: builds in build/PRESET; says nothing when nothing has changed.
 compile() {
     cmake --build "$root/build/$1" --parallel "$(nproc)" --target "${2:-all}" |
-        { grep -v '^ninja: no work to do' || true; } >&2
+        { grep -vE '^ninja: no work to do|Re-checking globbed directories' || true; } >&2
 }
 
 # run_tests PRESET: runs the tests of build/PRESET; ctest's summary is the last that it prints.
