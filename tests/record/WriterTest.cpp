@@ -24,9 +24,9 @@ TEST(Layout, IsThatOfThePageOnTheRecord) {
     for (std::string line; std::getline(page, line);) {
         std::istringstream cells(line);
         std::string number;
-        std::string name;
         if (line.starts_with("| ") && std::getline(cells.ignore(2), number, '|') &&
             number.find_first_not_of("0123456789 ") == std::string::npos) {
+            std::string name;
             std::getline(cells.ignore(1), name, '|');
             rows.push_back(number + name);
         }
