@@ -1,70 +1,32 @@
 # Seeded generator of input cases for the comparison: small realistic parameter files, then the
 # same ones rearranged, awkwardly written, encoded in many ways, and damaged.
-import copy, os, random
+import copy, os, pathlib, random, re
 
 # Each row: rearrangements of elements, awkwardness (0 none, 1 valid XML, 2 malformed as well),
 # damaged places, whether another encoding is taken.  A case takes one row for all its files.
 PROFILES = ((0, 0, 0, 0), (0, 1, 0, 0), (1, 0, 0, 0), (2, 0, 0, 0), (4, 1, 0, 0), (1, 2, 0, 0),
             (0, 0, 1, 0), (0, 0, 3, 0), (0, 1, 2, 0), (0, 0, 0, 1), (0, 1, 0, 1), (0, 0, 1, 1))
-NUMBERS = """1.5abc;+2;-0;.5;5.;1e400;-1e400;1e-400;4.9e-324;0x1.8p1;0x;inf;-INFINITY;nan;-nan;
- nan(0x12);NaN(abc;infx;abc;1,5;1e;1e+308;\t7;\n8;1\n2;1\t2;1d5;--1;1_0;&#49;&#x32;;&lt;3;7&;&#32;4
- ;&nbsp;1;123456789012345678901234567890;0.1;\r\n3.25;1e22;9007199254740993;2.5 ; 6""".split(";")
-INTEGERS = """0;1;2;3;12;13;-1;-5;7x;+4; 5;\n6;0x10;1e2;;abc;32767;32768;65535;65536;65541;40000;-32768
- ;-32769;-65533;4294967297;-4294967295;9223372036854775807;99999999999999999999;255;256;260;3.9;003
- ;&#51;""".replace("\n ", "").split(";")
-DATES = """2015-06-23T10:00:00;2015-06-23T10:00:59.6;2015-06-23;2015-06-23T;2015-06-23T10
-;2015-06-23T10:00;20150623T100000;20150623T1000;20150623;20150623T1;23-JUN-2015;23-jun-2015 10:00:00.5;23-JUX-2015 1:1
-;23-JUN;JUN;23/06/2015 10:00;23/06/2015;15-06-23T;99-01-01T;69-1-1T;70-1-1T;99-12-31T23:59:59.5;garbage
-;10:00;10:00:1e30;0000-00-00T00:00:00;2015-13-45T25:61:61;1901-12-13T20:45:51;1600-02-29T0:0:0
-;9999-12-31T23:59:59.5;12345-06-07T1:2:3;999999-1-1T;-999999-1-1T;2147483647-1-1T;2015-06-23 10:00:00
-;2015-06-23T1:2:nan;2015-06-23T1:2:inf;2015-06-23T1:2:-0.5;2015-06-23T-1:-2;1999-12-31T23:59:59.4;
-;2038-01-19T03:14:08; 2015-06-23T1:2:3;2015-06-23T10:00:00Z;29-feb-1900 1:2;2015- 6- 7T1 :2;1-JA-2000
-;01-SEPT-2015;5-0-2015T;99999999999-1-1T1:1;1950-01-01T1:2:1e10;1/2/3;1/2;2015-6-5T99999999999:1""".split("\n")
-DATES = ";".join(line.strip(";") for line in DATES).split(";") + [""]
-LABELS = ("ALL", "", "A", "TDI_1", "x" * 105, "a&amp;b", "&eacute;&Oslash;&#x20AC;", "a>b", "a/b",
-          " \t", "&bogus;&&#00000065;&#000000065;&#x0x41;&# 65;&#-1;", "<",
-          "é À ß", "Привет", "日本語テスト", "한국어", "中文", "שלום", "ไทย €")
-ROOTS = ("TEST_EQ_TABLE",) * 30 + ("ABCD", "ABC", "A", "html", "TÉST_ß", "日本語表", "éa", "a;bcdefg",
-                                   "_:.-x", "TEST[EQ]", "Ж{|}~", "TEST=1")
-# Encoding name as declared, and the codec that really writes the text.
-ENCODINGS = [tuple(row.split(">")) for row in """UTF-8>utf-8;utf8>utf-8;ISO-8859-1>latin-1
-latin1>latin-1;ISO-8859-1/>latin-1;iso-8859-15>iso8859-15;windows-1252>cp1252;windows-1251>cp1251
-KOI8-R>koi8-r;IBM850>cp850;macintosh>mac-roman;Shift_JIS>shift_jis;sjis>cp932;EUC-JP>euc_jp;gbk>gbk
-ISO-2022-JP>iso2022_jp;GB18030>gb18030;GB2312>gb2312;Big5>big5;BIG5-HKSCS>big5hkscs;EUC-KR>euc_kr
-ISO-2022-KR>iso2022_kr;TIS-620>tis-620;iso-8859-8>iso8859-8;cp1255>cp1255;cp1258>cp1258;UTF-7>utf-7
-johab>johab;UTF-16>utf-8;utf-16le>utf-8;UTF-16BE>utf-8;UCS-2>utf-8;UCS-4>utf-8;unicode>utf-8
-UTF-32>utf-8;utf-32>utf-8;UTF-32BE>utf-8;CP1200>utf-8;UTF16>utf-8;IBM037>latin-1;no-such-set>latin-1
-X-ANSI>latin-1;>latin-1;//IGNORE>latin-1;UTF-8//IGNORE>latin-1;UTF 8>latin-1;US-ASCII>latin-1
-CP65001>utf-8;UTF-16>latin-1;UTF-8>latin-1;UTF-32//X>utf-8;../x>utf-8""".replace("\n", ";").split(";")]
-ENCODINGS += [("ISO-8859-1//" + "X" * length, "latin-1") for length in (87, 88)]
-# Ill-formed or stateful text that takes the place of the label TDI_1 in an encoded file.
-RAW_LABELS = (b"\x1B$BF|\xFFF|\x1B(B", b"\x1B$BF|\x1B(", b"a\xFF\x88\x62\x80e\xCC\xD2", b"x\xE2\x82", b"\xC3(",
-              b"+AAA-+ZeU-+Ze", b"\xED\xA0\x80\xF4\x90\x80\x80\xC0\x80\xF8", b"\x0E\x30\x21\xFF\x0F", b"\x88\x62")
-# Byte-order mark and codec of files whose declaration doesn't count.
-MARKED = ((b"\xEF\xBB\xBF", "utf-8"), (b"\xFF\xFE", "utf-16-le"), (b"\xFE\xFF", "utf-16-be"),
-          (b"", "utf-16-le"), (b"", "utf-16-be"), (b"\xFF\xFE\0\0", "utf-32-le"), (b"", "utf-32-be"),
-          (b"\xFE\xFF", "utf-16-le"), (b"\xEF\xBB\xBF", "latin-1"), (b"\xFF\xFE\x3D\xD8", "utf-16-le"))
-DECLARATIONS = (
-    "<?xml version='1.0' encoding=\"{}\"?>", "<?XML ENCODING = '{}' ?>", "<?xml encoding={} ?>",
-    "<? xml version=1.0 encoding='{}'?>", " <?xml encoding='{}'?>", "<?xml encoding='{}?>",
-    "<?xml encoding='{}'?>".replace(" ", " " * 1003), "<?pi?><?xml encoding='{}'?>",
-    "<?xml version='1.0'?><!-- encoding='{}' -->",
-    "<!-- {} --><html><head><meta http-equiv=content-type content='x; charset={}'/></head>",
-    "<html><meta name='a'><META HTTP-EQUIV='Content-Type' CONTENT='charset = {}'></html>")
-DOCTYPES = ("<!DOCTYPE a>", "<!DOCTYPE a SYSTEM 'x>y'>", "<!-- <a> -->", "<?style >x?>", "\r\n \t",
-            "<!DOCTYPE a [<!ENTITY b \"]>'\"> <!-- ' ]> --> <?p ]>?> <!ATTLIST a b CDATA '>'>]>")
-BAD_HEADS = ("<!DOCTYPE a [<!X ]><b>]>", "<!DOCTYPE a '>", "x<", "</a>", "<a/>", "<!DOCTYPE a [<!-x>]>",
-             "<!X>", "<![CDATA[<a>]]>")
-GAPS = ("", "", "", "\n  ", "\r\n\t", " ", "<!-- - -> </x> & -->", "<?p x='?>", "<![CDATA[ &#32;> ]]>",
-        "<x y='/>'/>")
-BAD_GAPS = ("<x>", "</x>", "</>", "</ a>", "<>", "<!>", "<<", "<!-x", "<![x", "t&", "<![C]]>", "<!-->",
-            "</a b='>'>", "<1", "<a it's>", "<a b=c/>", "<a b=/>", "<a/ >", "</DATA>", "</COEFFICIENTS>",
-            "<!D[<!E '>'>]>")
-END_TAGS = ("</{}>",) * 6 + ("</{} >", "</{}\n>", "</{} x='>'>", "</{}/>", "</{}" + " " * 1030 + ">")
-FILE_NAMES = (b"a b.xml", b"d/EQ.xml", b"d//e/EQ", "é.xml".encode(), b"\xFF\n", b"x" * 99, b"y" * 123,
-              b"-", b"--help", b"./p", b"7")
-UNREADABLE = (b"missing.xml", b"d/", b"d", b"", b"EQ_B1.xml/", b".")
-MARKUP = b"<>/='\"&!?-[]\0;# <>/"
+
+
+# What files are made of: lists of texts, by name.
+def read_pieces(path):
+    pieces = {}
+    for line in path.read_text(encoding="utf-8").splitlines():
+        if line.startswith("== "):
+            row = pieces[line[3:]] = []
+        elif not line.startswith("#"):
+            plain = line.encode("latin-1", "backslashreplace").decode("unicode_escape")
+            row.append(re.sub(r"\{(\d+)\}", lambda match: " " * int(match[1]), plain))
+    return pieces
+
+
+PIECES = read_pieces(pathlib.Path(__file__).with_name("pieces.txt"))
+NUMBERS, INTEGERS, DATES, LABELS, DECLARATIONS, GAPS = (
+    PIECES[name] for name in ("NUMBERS", "INTEGERS", "DATES", "LABELS", "DECLARATIONS", "GAPS"))
+ROOTS = ["TEST_EQ_TABLE"] * 30 + PIECES["ROOTS"]
+RAW_LABELS, FILE_NAMES, UNREADABLE, (MARKUP,) = (
+    [piece.encode("latin-1") for piece in PIECES[name]]
+    for name in ("RAW_LABELS", "FILE_NAMES", "UNREADABLE", "MARKUP"))
 
 
 # An element is [name, [[attribute, value], ...], text or list of elements].
@@ -115,7 +77,7 @@ def rearrange(rng, root):
     values = INTEGERS + NUMBERS + DATES
     if attributes and rng.random() < 0.5:
         key = rng.choice((attributes[0][0], "id"))
-        new = [[name, [[key, rng.choice(INTEGERS + list(LABELS))]], content]]
+        new = [[name, [[key, rng.choice(INTEGERS + LABELS)]], content]]
     elif isinstance(content, str) and rng.random() < 0.6:
         new = [[name, attributes, " ".join(rng.choices(values, k=rng.choice((1, 1, 1, 2, 3))))]]
     else:
@@ -132,13 +94,8 @@ def render(rng, element, awkward):
     often = awkward and rng.random() < 0.3
     tag = "<" + name
     for key, value in attributes:
-        forms = [f' {key}="{value}"']
-        if often:
-            forms += [f" {key}='{value}'", f"\n{key} = '{value}' ", f" x='>' y=\"'\" {key}='{value}'"]
-        if often and awkward > 1:
-            forms += [f" {key}={value}", f" {key}", f" / {key}='{value}'", f" {key}='{value}' ' {key}=1",
-                      f" {key}={value}/", f" {key}={value} /", f" {key}={value}\"/", f" {key}= /", f" {key}=/"]
-        tag += rng.choice(forms)
+        forms = PIECES["ATTRIBUTES"] + PIECES["BAD_ATTRIBUTES"] * (awkward > 1)
+        tag += rng.choice(forms if often else forms[:1]).format(key=key, value=value)
     if content == "" and rng.random() < 0.5:
         return tag + rng.choice(("/>", " />"))
     if isinstance(content, str):
@@ -148,9 +105,9 @@ def render(rng, element, awkward):
             content[:half] + rng.choice(GAPS) + content[half:], " " + content.replace(" ", "  ", 1),
             "".join(f"&#{ord(c)};" for c in content)))
     else:
-        gaps = GAPS + BAD_GAPS * (awkward > 1 and rng.random() < 0.2) if often else ("", "\n")
+        gaps = GAPS + PIECES["BAD_GAPS"] * (awkward > 1 and rng.random() < 0.2) if often else ["", "\n"]
         body = "".join(render(rng, child, awkward) + rng.choice(gaps) for child in content)
-    end = rng.choice(END_TAGS).format(name) if often else f"</{name}>"
+    end = rng.choice(PIECES["END_TAGS"]).format(name) if often else f"</{name}>"
     return tag + rng.choice(("", "", "\t")) + ">" + body + ("" if awkward > 1 and rng.random() < 0.03 else end)
 
 
@@ -166,23 +123,23 @@ def damage(rng, data):
 
 def file_bytes(rng, profile, root, nuc_id):
     moves, awkward, damages, encoded = profile
-    mark, name, codec, labels = b"", "UTF-8", "utf-8", LABELS
+    mark, name, codec, labels = "", "UTF-8", "utf-8", LABELS
     if encoded:
-        name, codec = rng.choice(ENCODINGS)
+        name, codec = rng.choice(PIECES["ENCODINGS"]).split(">")
         # Labels that this set can write.
         labels = [x for x in LABELS[-7:] if x.encode(codec, "ignore").decode(codec, "ignore") == x] + ["TDI_1"] * 3
         if rng.random() < 0.25:
-            mark, codec = rng.choice(MARKED)
+            mark, codec = rng.choice(PIECES["MARKED"]).split(">")
     tree = document(rng, root, nuc_id, labels)
     for _ in range(moves):
         if tree[2]:
             rearrange(rng, tree)
-    heads = DOCTYPES + BAD_HEADS * (awkward > 1 and rng.random() < 0.3)
-    declarations = DECLARATIONS[:3] if rng.random() < 0.7 else DECLARATIONS + ("", "")
+    heads = PIECES["DOCTYPES"] + PIECES["BAD_HEADS"] * (awkward > 1 and rng.random() < 0.3)
+    declarations = DECLARATIONS[:3] if rng.random() < 0.7 else DECLARATIONS + ["", ""]
     head = rng.choice(declarations).replace("{}", name)
     head += "".join(rng.choices(heads, k=rng.randint(0, 2))) if awkward else ""
     text = head + render(rng, tree, awkward) + rng.choice(("", "\n"))
-    data = mark + text.encode(codec, rng.choice(("replace", "ignore")))
+    data = mark.encode("latin-1") + text.encode(codec, rng.choice(("replace", "ignore")))
     data = data.replace(b"TDI_1", rng.choice(RAW_LABELS)) if encoded else data
     for _ in range(damages):
         data = damage(rng, data)
