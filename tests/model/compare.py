@@ -2,43 +2,35 @@
 # Compares a program with the model on generated cases, byte for byte:
 #   compare.py PROGRAM [--seed N] [--cases N] [--keep DIR]
 # Prints the first differences, keeps their input in DIR, and ends with 1 if there was any.
-import argparse, functools, multiprocessing, os, shutil, subprocess, sys, tempfile
+import argparse, functools, multiprocessing, os, subprocess, sys, tempfile
 import cases, eqmodel
 
 SHOWN = 5  # differing cases that are printed and kept
 AROUND = 32  # bytes shown from before and from behind the first differing one
 
 
-# Tells where two outputs differ; None when they are equal.
-def difference(name, got, wanted):
-    if got == wanted:
-        return None
+# Tells where two outputs differ.
+def difference(what, got, wanted):
     at = len(os.path.commonprefix([got, wanted]))
-    lines = [f"  {name} differs at byte {at} (program {len(got)}, model {len(wanted)} bytes)"]
-    for who, data in (("program", got), ("model", wanted)):
-        lines.append(f"    {who:8}{data[max(0, at - AROUND):at]!r} | {data[at:at + AROUND]!r}")
-    return "\n".join(lines)
+    program, model = (f"{len(data)} bytes, {data[max(0, at - AROUND):at]!r} | {data[at:at + AROUND]!r}"
+                      for data in (got, wanted))
+    return f"  {what} differs at byte {at}\n    program {program}\n    model   {model}\n"
 
 
-# Runs one case; gives what differs as text, empty when nothing does.
+# Runs one case; gives its number, and what differs as text, empty when nothing does.
 def check(index, program, seed):
     files, arguments = cases.make_case(seed, index)
     with tempfile.TemporaryDirectory() as folder:
         cases.write_case(files, folder)
         os.chdir(folder)
-        try:
-            wanted = eqmodel.run(arguments)
-            done = subprocess.run([program, *arguments], capture_output=True, timeout=600)
-            got = done.stdout, done.stderr, done.returncode
-        except subprocess.TimeoutExpired as late:
-            got = late.stdout or b"", late.stderr or b"", "timeout"
-        finally:
-            os.chdir("/")
-    found = [difference("standard output", got[0], wanted[0]),
-             difference("standard error", got[1], wanted[1])]
-    if got[2] != wanted[2]:
-        found.append(f"  exit status: program {got[2]}, model {wanted[2]}")
-    return index, "\n".join(filter(None, found))
+        wanted = eqmodel.run(arguments)
+        done = subprocess.run([program, *arguments], capture_output=True, timeout=600)
+        os.chdir("/")
+    outputs = zip(("standard output", "standard error"), (done.stdout, done.stderr), wanted)
+    found = "".join(difference(*output) for output in outputs if output[1] != output[2])
+    if done.returncode != wanted[2]:
+        found += f"  exit status: program {done.returncode}, model {wanted[2]}\n"
+    return index, found
 
 
 def main():
@@ -48,21 +40,15 @@ def main():
     parser.add_argument("--cases", type=int, default=1000)
     parser.add_argument("--keep", type=os.path.abspath)
     options = parser.parse_args()
-    failed = []
     work = functools.partial(check, program=options.program, seed=options.seed)
     with multiprocessing.Pool() as pool:
-        for index, found in pool.imap(work, range(options.cases), chunksize=20):
-            if not found:
-                continue
-            failed.append(index)
-            if len(failed) <= SHOWN:
-                files, arguments = cases.make_case(options.seed, index)
-                print(f"case {index} of seed {options.seed}, arguments {arguments}:\n{found}")
-                if options.keep:
-                    kept = os.path.join(options.keep, f"case-{options.seed}-{index}")
-                    shutil.rmtree(kept, ignore_errors=True)
-                    cases.write_case(files, kept)
-                    print(f"  input kept in {kept}")
+        results = pool.imap(work, range(options.cases), chunksize=20)
+        failed = [(index, found) for index, found in results if found]
+    for index, found in failed[:SHOWN]:
+        files, arguments = cases.make_case(options.seed, index)
+        print(f"case {index} of seed {options.seed}, arguments {arguments}:\n{found}")
+        if options.keep:
+            cases.write_case(files, os.path.join(options.keep, f"case-{options.seed}-{index}"))
     print(f"{options.cases} cases, {len(failed)} differ")
     return 1 if failed else 0
 

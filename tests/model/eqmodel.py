@@ -5,7 +5,7 @@
 # standard error, and the exit status (negative: ended by that signal).  Everything is written to
 # be read: an element is an object with a list of children, every procedure is the literal one.
 # Only what the platform decides (iconv, strtol, strtod, sscanf) is asked from the C library.
-import ctypes, datetime, errno, html.entities, locale, math, re, signal, struct, sys
+import ctypes, datetime, errno, html.entities, locale, math, re, signal, struct
 
 locale.setlocale(locale.LC_ALL, "C")  # the program never calls setlocale
 LIBC = ctypes.CDLL(None, use_errno=True)
@@ -17,17 +17,11 @@ FAILED = ctypes.c_size_t(-1).value
 
 
 def strtol(text, base=10):
-    return LIBC.strtol(ctypes.c_char_p(text), None, base)
+    return LIBC.strtol(text, None, base)
 
 
 def strtod(text):
-    return LIBC.strtod(ctypes.c_char_p(text), None)
-
-
-# The low bits of a number, read as a signed number of that width.
-def low_bits(value, bits):
-    value &= (1 << bits) - 1
-    return value - (1 << bits) if value >> (bits - 1) else value
+    return LIBC.strtod(text, None)
 
 
 # ---- Character sets ------------------------------------------------------------------------
@@ -109,12 +103,6 @@ def skip_white(text, at):
     return re.compile(rb"[\t\n\r ]*").match(text, at).end()
 
 
-# The place behind the next mark, or None.
-def behind(text, mark, at):
-    found = text.find(mark, at)
-    return None if found < 0 else found + len(mark)
-
-
 def read_name(text, at):
     return READ_NAME.match(text, skip_white(text, at)).group()
 
@@ -161,47 +149,41 @@ def error_node(text, at):
     return "error", found.start() + (found.group() == b">") if found else len(text)
 
 
+# What is passed over at once in a document type declaration, and in its internal subset.
+OUTSIDE = re.compile(rb"\"[^\"]*\"|'[^']*'|[^\"']")
+SUBSET = re.compile(rb"<!--.*?-->|<\?.*?\?>|<![AEN](?:[^\"'>]|\"[^\"]*\"|'[^']*')*>|(?!<[!?]).", re.S)
+
+
 # A document type declaration, from the byte behind its "<!D".
 def doctype_node(text, at):
-    in_subset = False
-    while at is not None and at < len(text):
-        byte = text[at:at + 1]
-        if in_subset and text.startswith(b"<!--", at):
-            at = behind(text, b"-->", at + 4)
-        elif in_subset and text.startswith(b"<?", at):
-            at = behind(text, b"?>", at + 2)
-        elif in_subset and text.startswith(b"<!", at):
-            if text[at + 2:at + 3] not in (b"A", b"E", b"N"):
-                return error_node(text, at + 2)
-            quoted = re.compile(rb"(?:[^\"'>]|\"[^\"]*\"|'[^']*')*>").match(text, at + 2)
-            at = quoted and quoted.end()
-        elif not in_subset and byte == b">":
-            return "doctype", at + 1
-        elif not in_subset and byte in (b'"', b"'"):
-            at = behind(text, byte, at + 1)
-        else:
-            in_subset = byte != b"]" if in_subset else byte == b"["
-            at += 1
+    form = OUTSIDE
+    while passed := form.match(text, at):
+        at = passed.end()
+        if form is OUTSIDE and passed.group() == b">":
+            return "doctype", at
+        form = {b"[": SUBSET, b"]": OUTSIDE}.get(passed.group(), form)
+    if form is SUBSET and re.compile(rb"<!(?!--|[AEN])").match(text, at):
+        return error_node(text, at + 2)
     return "error", len(text)
+
+
+# Texts, and nodes that end at a mark of their own, which the text may lack.
+MARKED = re.compile(rb"(?P<white>[\t\n\r ]+(?![^<]))|(?P<text>[^<]+)|(?P<pi><\?.*?\?>)|"
+                    rb"(?P<comment><!--.*?-->)|(?P<cdata><!\[C.*?\]\]>)|"
+                    rb"(?P<error><(?:\?|!--|!\[C).*)", re.S)
 
 
 # (kind, end) of the node at `start`, inside the text.  Kinds: "text", "white", "start", "empty"
 # (a start tag that ends in "/>"), "end", "cdata", "pi", "comment", "doctype", "error".  What the
 # end of the text cuts off is an "error".
 def node_at(text, start):
-    if text[start:start + 1] != b"<":
-        end = re.compile(rb"[^<]*").match(text, start).end()
-        return "text" if text[start:end].strip(WHITE) else "white", end
+    if found := MARKED.match(text, start):
+        return found.lastgroup, found.end()
     head = text[start + 1:start + 4]
     if re.match(rb"[A-Z:_\x61-\xFF]", head):
         return tag_node(text, start + 1, "start")
     if head.startswith(b"/"):
         return tag_node(text, start + 2, "end")
-    for opening, kind, closing in ((b"?", "pi", b"?>"), (b"!--", "comment", b"-->"),
-                                   (b"![C", "cdata", b"]]>")):
-        if head.startswith(opening):
-            end = behind(text, closing, start + 1 + len(opening))
-            return ("error", len(text)) if end is None else (kind, end)
     if head.startswith(b"!D"):
         return doctype_node(text, start + 3)
     good = next(part for part in (b"!-", b"![", b"!", b"") if head.startswith(part))
@@ -287,18 +269,13 @@ class Element:
         self.parent, self.start, self.start_length = parent, start, start_length
         self.length, self.end_length, self.children = start_length, 0, []
 
-    def next(self):
-        row = self.parent.children
-        return next(iter(row[row.index(self) + 1:]), None)
-
 
 # An element that is never closed keeps its start tag only; its children follow it as siblings.
+# Until then it is the last child of its parent.
 def close_unended(element):
-    row = element.parent.children
-    at = row.index(element) + 1
-    row[at:at] = element.children
     for child in element.children:
         child.parent = element.parent
+    element.parent.children += element.children
     element.children = []
 
 
@@ -368,12 +345,12 @@ class Document:
     # Moves to the next sibling of that name (None: of any); stays when there is none.
     def find(self, name=None):
         parent, main, _ = self.position
-        candidate = main.next() if main else next(iter(parent.children), None)
-        while candidate and name is not None and self.name(candidate) != name:
-            candidate = candidate.next()
-        if candidate:
-            self.position = candidate.parent, candidate, None
-        return candidate is not None
+        row = parent.children
+        for candidate in row[row.index(main) + 1 if main else 0:]:
+            if name is None or self.name(candidate) == name:
+                self.position = parent, candidate, None
+                return True
+        return False
 
     # Takes up again the child that out() left behind, if nothing was found in between.
     def into(self):
@@ -543,7 +520,7 @@ class Converter:
         document.into()
         band = strtol(document.find_data(b"BAND_ID")) & 0xFF
         epsilon = strtod(document.find_data(b"EPSILON"))
-        nuc_id = low_bits(strtol(document.find_data(b"NUC_TABLE_ID")), 16)
+        nuc_id = ctypes.c_int16(strtol(document.find_data(b"NUC_TABLE_ID"))).value
         if self.nuc_id < 0:  # also after an id with bit 15 set: written again, not compared
             self.nuc_id = nuc_id
             self.write(struct.pack("<h", nuc_id))
@@ -576,12 +553,12 @@ class Converter:
 
     # Fills the table from one COEFFICIENTS element; gives its number of pixels.
     def read_detector(self, document, band, table):
-        detector = low_bits(strtol(document.attribute(b"detector_id")), 32)
+        detector = ctypes.c_int32(strtol(document.attribute(b"detector_id"))).value
         document.into()
         pixels = strtol(document.find_data(b"NB_OF_PIXELS"))
         if pixels > 32767:
             self.fail("NB_OF_PIXELS ", pixels, " of detector ", detector, " is above 32767 in file ", self.path)
-        pixels = low_bits(pixels, 16)
+        pixels = ctypes.c_int16(pixels).value
         document.find(b"ON_BOARD_EQUALIZATION")
         document.into()
         document.find(b"APPLICABILITY_DATE")
@@ -611,10 +588,3 @@ def run(paths):
     except SystemExit as end:
         status = end.code
     return b"".join(converter.out), b"".join(converter.err), status
-
-
-if __name__ == "__main__":
-    output, errors, exit_status = run([a.encode(errors="surrogateescape") for a in sys.argv[1:]])
-    sys.stdout.buffer.write(output)
-    sys.stderr.buffer.write(errors)
-    sys.exit(exit_status % 256)
