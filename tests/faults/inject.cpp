@@ -1,8 +1,8 @@
 // Preloaded into a program under test: disturbs the calls of one kind that the environment names
 // and tells what the program left behind. FAULT is "KIND FIRST LAST ERRNO": of these calls, counted
 // from 1 where main begins, the FIRST to the LAST fail with that error number. 0 lets them come
-// short instead, and EINTR hits only every other one, so that trying again helps. "signal USEC" has
-// a timer interrupt the process all the time. FAULT_REPORT names a file of the size of a Report.
+// short instead, and EINTR hits only every other one, so that trying again helps. FAULT_REPORT
+// names a file of the size of a Report.
 //
 // What stdio does inside the C library can't be had by name: fopen gives streams that read, write
 // and seek by calls in here.
@@ -13,12 +13,10 @@
 #include <stdio_ext.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -107,13 +105,6 @@ __attribute__((constructor)) void readPlan() {
     report = static_cast<Report*>(::mmap(nullptr, sizeof(Report), access, MAP_SHARED, file, 0));
     ::close(file);
     std::sscanf(std::getenv("FAULT"), "%15s %ld %ld %d", kindHit, &first, &last, &error);
-    if (std::strcmp(kindHit, "signal") == 0) {
-        struct sigaction action {};
-        action.sa_handler = [](int) {};
-        ::sigaction(SIGALRM, &action, nullptr);
-        const itimerval timer{{0, first}, {0, first}};
-        ::setitimer(ITIMER_REAL, &timer, nullptr);
-    }
 }
 
 __attribute__((destructor)) void reportEnd() {
