@@ -1,10 +1,18 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <gtest/gtest.h>
+#include <iomanip>
+#include <map>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
+
+#include "tests/Escaping.h"
 
 /// Tests written as data: in a script of tests/data each line is an operation with its arguments
 /// and, behind "=>", what it must give:
@@ -17,95 +25,88 @@
 namespace script {
 
 using Arguments = std::vector<std::string>;
-using Operation = std::function<std::string(const Arguments&)>;
 
-inline std::string unescape(const std::string& text) {
-    static const std::string letters = "ntr0";
-    static const std::string meanings("\n\t\r\0", 4);
-    std::string plain;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\\' || i + 1 == text.size()) {
-            plain += text[i];
-        } else if (text[++i] == 'x') {
-            plain += static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16));
-            i += 2;
-        } else {
-            const std::size_t letter = letters.find(text[i]);
-            plain += letter == std::string::npos ? text[i] : meanings[letter];
-        }
-    }
-    return plain;
+/// What a script may do to a `World`, by name.
+template <class World>
+using Operations = std::map<std::string, std::function<std::string(World&, const Arguments&)>>;
+
+/// An argument that is missing, or "(null)", is a null text and the number 0.
+inline bool isNull(const Arguments& a, std::size_t i) {
+    return i >= a.size() || a[i] == "(null)";
 }
 
-inline std::string escape(const std::string& text) {
-    std::string escaped;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        char code[5];
-        std::snprintf(code, sizeof code, "\\x%02X", byte);
-        escaped += c == '\\' ? "\\\\" : byte < 0x20 || byte > 0x7E ? code : std::string(1, c);
-    }
-    return escaped;
+inline const char* text(const Arguments& a, std::size_t i = 0) {
+    return isNull(a, i) ? nullptr : a[i].c_str();
 }
 
-/// The arguments of a call; one empty argument when the operation stands alone with a space.
+template <class Number = int>
+Number number(const Arguments& a, std::size_t i = 0, long missing = 0) {
+    return static_cast<Number>(isNull(a, i) ? missing : std::stol(a[i], nullptr, 0));
+}
+
+/// The values on one line.
+template <class... Values>
+std::string told(const Values&... values) {
+    std::ostringstream line;
+    line << std::boolalpha << std::setprecision(15);
+    ((line << ' ' << values), ...);
+    return line.str().substr(1);
+}
+
+inline std::string repeated(const std::string& text, int times) {
+    std::string all;
+    while (times-- > 0) {
+        all += text;
+    }
+    return all;
+}
+
+/// Cuts a text at each "|": one empty argument when there is none.
 inline Arguments split(const std::string& text) {
-    Arguments arguments(1);
-    for (const char c : text) {
-        if (c == '|') {
-            arguments.emplace_back();
-        } else {
-            arguments.back() += c;
-        }
-    }
-    for (std::string& argument : arguments) {
-        argument = unescape(argument);
+    Arguments arguments;
+    std::istringstream pieces(text + '|');
+    for (std::string piece; std::getline(pieces, piece, '|');) {
+        arguments.push_back(unescape(piece));
     }
     return arguments;
 }
 
-inline std::string answer(bool value) {
-    return value ? "true" : "false";
-}
-
-/// Runs script `name`: `call` gives the result of an operation, `restart` begins anew, `check` is
-/// told the place, the result and what it must be. Returns the number of results checked.
-inline int run(
-    const std::string& name,
-    const std::function<std::string(const std::string&, const Arguments&)>& call,
-    const std::function<void()>& restart,
-    const std::function<void(const std::string&, const std::string&, const std::string&)>& check) {
+/// Runs a script on a `World`, and on another one behind each blank line; `World::run` does an
+/// operation and gives its result.
+template <class World>
+void run(const std::string& name) {
     const std::string path = TEST_DATA "/" + name;
     std::ifstream file(path);
     std::string rewritten;
+    std::optional<World> world(std::in_place);
     int checks = 0;
-    int number = 0;
+    int lineNumber = 0;
     for (std::string line; std::getline(file, line); rewritten += line + "\n") {
-        ++number;
+        ++lineNumber;
         if (line.empty()) {
-            restart();
+            world.emplace();
         }
         if (line.empty() || line[0] == '#') {
             continue;
         }
         const std::size_t arrow = line.find(" =>");
-        const std::string text = line.substr(0, arrow);
-        const std::size_t space = text.find(' ');
-        const std::string result =
-            call(text.substr(0, space),
-                 space == std::string::npos ? Arguments{} : split(text.substr(space + 1)));
+        const std::string call = line.substr(0, arrow);
+        const std::size_t space = std::min(call.find(' '), call.size());
+        const Arguments arguments =
+            space == call.size() ? Arguments{} : split(call.substr(space + 1));
+        const std::string result = escape(world->run(call.substr(0, space), arguments));
         if (arrow != std::string::npos) {
             const std::string wanted = line.size() > arrow + 4 ? line.substr(arrow + 4) : "";
-            check(name + " line " + std::to_string(number) + ": " + text, escape(result),
-                  escape(unescape(wanted)));
-            line = text + " => " + escape(result);
+            EXPECT_EQ(result, escape(unescape(wanted)))
+                << name << " line " << lineNumber << ": " << call;
+            line = call + " => " + result;
             ++checks;
         }
     }
+    EXPECT_GT(checks, 0) << name;
     if (std::getenv("REWRITE_SCRIPTS") != nullptr) {
         std::ofstream(path) << rewritten;
     }
-    return checks;
 }
 
 }  // namespace script

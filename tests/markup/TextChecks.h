@@ -5,7 +5,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -13,13 +12,7 @@
 #include "markup/text/TextEncoding.h"
 #include "markup/text/UnicodeCodec.h"
 #include "markup/text/Utf8Sweep.h"
-
-/// Throws unless the rule holds: to a test that is a failure, to a fuzzer a finding.
-inline void require(bool holds, const std::string& rule) {
-    if (!holds) {
-        throw std::logic_error(rule);
-    }
-}
+#include "tests/Require.h"
 
 /// Bytes per unit of an encoding.
 inline std::size_t unitSize(const std::string& encoding) {
@@ -36,10 +29,9 @@ inline std::string convert(const std::string& from, const std::string& to,
     TextEncoding encoding(from, in.data(), static_cast<int>(in.size() / unitSize(from)));
     const int count = encoding.PerformConversion(nullptr, to);
     std::vector<char> out(static_cast<std::size_t>(count) * unit);
-    require(encoding.PerformConversion(out.data(), nullptr) == count,
-            from + " to " + to + " again");
-    require(encoding.error() == 0 || !TextEncoding::CanConvert(to, from),
-            from + " to " + to + " fails");
+    require(encoding.PerformConversion(out.data(), nullptr) == count &&
+                (encoding.error() == 0 || !TextEncoding::CanConvert(to, from)),
+            "a text is converted as it was measured:", from + " to " + to);
     return {out.begin(), out.end()};
 }
 
@@ -51,10 +43,8 @@ inline std::string convertAtOnce(const std::string& from, const std::string& to,
     const iconv_t converter = iconv_open(TextEncoding::IConvName(Name().data(), to),
                                          TextEncoding::IConvName(Name().data(), from));
     std::string target(source.size() * 16 + 64, '\0');
-    char* in = source.data();
-    char* out = target.data();
-    std::size_t left = source.size();
-    std::size_t room = target.size();
+    char *in = source.data(), *out = target.data();
+    std::size_t left = source.size(), room = target.size();
     while (left > 0 && iconv(converter, &in, &left, &out, &room) == SIZE_MAX && errno == EILSEQ &&
            left-- > 0) {
         ++in;

@@ -1,6 +1,3 @@
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -10,6 +7,7 @@
 
 #include "markup/text/EncodingNameTable.h"
 #include "markup/text/TextEncoding.h"
+#include "tests/markup/Limits.h"
 #include "tests/markup/TextChecks.h"
 
 // Noise through every converter that the system has.
@@ -46,26 +44,21 @@ TEST(TextEncoding, GivesBackTheSourceThatItReads) {
 // and then with plenty: while there is none, the lack is told. What the system could not load then
 // is not missing later.
 TEST(TextEncoding, TellsWantOfDescriptorsFromWantOfAConverter) {
-    const auto convertWith = [](rlim_t count) {
-        rlimit limit{};
-        getrlimit(RLIMIT_NOFILE, &limit);
-        const auto lowest = static_cast<rlim_t>(dup(STDERR_FILENO));
-        close(static_cast<int>(lowest));
-        for (const rlim_t most : {lowest + count, limit.rlim_cur}) {
-            limit.rlim_cur = most;
-            setrlimit(RLIMIT_NOFILE, &limit);
+    const auto convertWith = [](int count) {
+        for (const int most : {count, -1}) {
+            limitTo(RLIMIT_NOFILE, most);
             TextEncoding encoding("EUC-JP", "\xC6\xFC", 2);
             std::string out = "...";
             encoding.PerformConversion(out.data(), "UTF-8");
-            const std::string wanted = most == lowest ? "..." : "\xE6\x97\xA5";
-            if (out != wanted || encoding.error() != (most == lowest ? EMFILE : 0)) {
+            const std::string wanted = most == 0 ? "..." : "\xE6\x97\xA5";
+            if (out != wanted || encoding.error() != (most == 0 ? EMFILE : 0)) {
                 std::exit(1);
             }
         }
         std::exit(TextEncoding::converterError("no-such", "UTF-8") == EINVAL ? 0 : 2);
     };
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    for (rlim_t count = 0; count <= 8; ++count) {
+    for (int count = 0; count <= 8; ++count) {
         EXPECT_EXIT(convertWith(count), testing::ExitedWithCode(0), "");
     }
 }
