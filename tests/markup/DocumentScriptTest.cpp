@@ -207,8 +207,8 @@ std::string World::roundTrip(const A& a) {
 }
 
 TEST(DocumentScript, GivesWhatItSays) {
-    for (const char* const name :
-         {"parse.txt", "navigate.txt", "results.txt", "load.txt", "save.txt", "roundtrip.txt"}) {
+    for (const char* const name : {"parse.txt", "navigate.txt", "results.txt", "load.txt",
+                                   "save.txt", "roundtrip.txt", "trees.txt"}) {
         script::run<World>(name);
     }
 }
