@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
-#include "fuzz/Check.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/MemoryFile.h"
 #include "markup/FileReading.h"
@@ -15,17 +15,17 @@
 namespace {
 
 /// A text read in blocks is the text.
-void checkBlocks(const std::string& text, unsigned block, MemoryFile& file) {
+void checkBlocks(const std::string& text, long block, MemoryFile& file) {
     file.put(text);
     FileReading reading(0);
-    check(reading.FileOpen(file.path()), "the file can be opened");
+    require(reading.FileOpen(file.path()), "the file can be opened");
     reading.encoding = "UTF-8";
     std::string all = text.substr(0, static_cast<std::size_t>(reading.fileByteOffset));
     for (TextBuffer piece; reading.remaining() > 0; all += piece.view()) {
         reading.opByteLength = static_cast<int>(std::min<std::int64_t>(block, reading.remaining()));
-        check(reading.FileReadText(piece), "a block can be read");
+        require(reading.FileReadText(piece), "a block can be read");
     }
-    checkSame(all, text, "blocks make the whole");
+    requireSame(all, text, "blocks make the whole");
 }
 
 /// Reads the bytes as a file of the one encoding and writes the text as one of the other.
@@ -33,15 +33,16 @@ void checkFiles(std::string from, std::string to, std::string bytes, MemoryFile&
     std::string text;
     int flags = 0;
     file.put(bytes);
-    check(MarkupDocument::ReadTextFile(file.path(), text, nullptr, &flags, &from), "it is read");
+    require(MarkupDocument::ReadTextFile(file.path(), text, nullptr, &flags, &from), "it is read");
     std::erase(bytes, '\0');
     if (flags == 0 && !from.empty() && unitSize(from) == 1 &&
         TextEncoding::CanConvert("UTF-8", from)) {
-        checkSame(text, convert(from, "UTF-8", bytes), "a file is converted whole");
+        requireSame(text, convert(from, "UTF-8", bytes), "a file is converted whole");
     }
-    check(MarkupDocument::WriteTextFile(file.path(), text, nullptr, nullptr, &to), "it is written");
+    require(MarkupDocument::WriteTextFile(file.path(), text, nullptr, nullptr, &to),
+            "it is written");
     const bool isConverted = !text.empty() && TextEncoding::CanConvert(to, "UTF-8");
-    checkSame(file.bytes(), isConverted ? convert("UTF-8", to, text) : text, "and so is a text");
+    requireSame(file.bytes(), isConverted ? convert("UTF-8", to, text) : text, "and so is a text");
 }
 
 }  // namespace
@@ -52,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static MemoryFile file;
     const std::string from(in.shortText());
     const std::string to(in.shortText());
-    const unsigned block = in.byte() + 8;
+    const long block = in.pick(8, 263);
     const std::string text(in.rest());
     // Told to ignore faults, some of the system's converters write what happens to lie in memory.
     const std::string_view ignore = "ignore";
@@ -62,8 +63,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     int trailing = 0;
     const int units = static_cast<int>(text.size() / unitSize(from));
-    TextEncoding(from, ExactCopy(text).data(), units).FindRaggedEnd(trailing);
-    check(trailing >= 0 && trailing <= static_cast<int>(text.size()), "a ragged end lies in it");
+    const std::vector<char> exact(text.begin(), text.end());
+    TextEncoding(from, exact.data(), units).FindRaggedEnd(trailing);
+    require(trailing >= 0 && trailing <= static_cast<int>(text.size()), "a ragged end lies in it");
     // Where characters of several bytes touch, those of two may look like one: so it is required.
     const auto isHigh = [](char c, int) { return static_cast<signed char>(c) < 0; };
     if (checkUtf8(text) == text.size() &&

@@ -6,12 +6,12 @@
 #include <cstdlib>
 #include <string>
 
-#include "fuzz/Check.h"
 #include "fuzz/FuzzInput.h"
 #include "markup/Markup.h"
 #include "markup/text/PredefEntityTable.h"
 #include "markup/text/TextEscape.h"
 #include "markup/text/UnicodeCodec.h"
+#include "tests/Require.h"
 
 namespace {
 
@@ -30,8 +30,7 @@ long characterOf(std::string_view text) {
 
 /// What unescaping must give, a reference or a byte at a time.
 std::string model(std::string_view text, int flags) {
-    std::string out;
-    std::string gap;
+    std::string out, gap;
     while (!text.empty()) {
         const long character = characterOf(text);
         if (flags != 0 && std::string_view(" \n\t\r").find(text[0]) < 4) {
@@ -53,31 +52,31 @@ void checkDocument(std::string_view text) {
     MarkupDocument document;
     document.SetDoc("<a b=\"" + EscapeText(text, EscapeFlagQuotes) + "\"><c>" +
                     EscapeText(text, 0) + "</c><d>" + x_EncodeCDATASection(text) + "</d></a>");
-    check(document.IsWellFormed() && document.FindElem("a"), "it is well-formed");
-    checkSame(document.GetAttrib("b"), text, "an attribute reads back");
-    check(document.IntoElem() && document.FindElem("c"), "the leaf is there");
-    checkSame(document.GetData(), text, "a leaf reads back");
-    check(document.FindElem("d"), "the sections are there");
-    checkSame(document.GetData(), text, "a CDATA section reads back");
+    require(document.IsWellFormed() && document.FindElem("a"), "it is well-formed");
+    requireSame(document.GetAttrib("b"), text, "an attribute reads back");
+    require(document.IntoElem() && document.FindElem("c"), "the leaf is there");
+    requireSame(document.GetData(), text, "a leaf reads back");
+    require(document.FindElem("d"), "the sections are there");
+    requireSame(document.GetData(), text, "a CDATA section reads back");
     document.IntoElem();
     std::string all;
     while (document.FindNode(NodeCDataSection) != 0) {
         all += document.GetData();
     }
-    checkSame(all, text, "the nodes of a CDATA section read back");
+    requireSame(all, text, "the nodes of a CDATA section read back");
 }
 
 }  // namespace
 
 /// A text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const ExactCopy text({reinterpret_cast<const char*>(data), size});
+    const std::string_view text = FuzzInput(data, size).rest();
     for (const int flags : {0, DocFlagTrimWhitespace, DocFlagCollapseWhitespace}) {
-        checkSame(UnescapeText(text.view(), static_cast<int>(size), flags),
-                  model(text.view(), flags), "references are replaced, and blanks as wished");
+        requireSame(UnescapeText(text, static_cast<int>(size), flags), model(text, flags),
+                    "references are replaced, and blanks as wished");
     }
-    const std::string kept = EscapeText(text.view(), EscapeFlagKeepRefs);
-    checkSame(EscapeText(kept, EscapeFlagKeepRefs), kept, "what is escaped keeps its references");
-    checkDocument(text.view());
+    const std::string kept = EscapeText(text, EscapeFlagKeepRefs);
+    requireSame(EscapeText(kept, EscapeFlagKeepRefs), kept, "what is escaped keeps its references");
+    checkDocument(text);
     return 0;
 }

@@ -1,6 +1,5 @@
 // Any bytes as a file: loads them, then moves over what came of it.
 
-#include "fuzz/Check.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/MemoryFile.h"
 #include "markup/Markup.h"
@@ -12,7 +11,7 @@ using D = MarkupDocument;
 /// A name that the document has, on its own or in an element path.
 std::string pickName(const D& document, FuzzInput& in) {
     static const char* const paths[] = {"%", "/%", "%/x", "%[1]", "%[@x='1']", "[%", "%]"};
-    const auto pos = static_cast<int>(in.pick(0, document.recordCount() - 1));
+    const auto pos = in.pick(0, document.recordCount() - 1);
     std::string path = in.choose(paths);
     return path.replace(path.find('%'), 1, document.x_GetTagName(pos));
 }
@@ -26,21 +25,21 @@ bool (*const moves[])(D&, FuzzInput&) = {
     [](D& d, FuzzInput&) { return d.OutOfElem(); },
     [](D& d, FuzzInput& in) { return d.FindNode(in.raw<std::uint16_t>()) != 0; },
     [](D& d, FuzzInput& in) { return d.FindChildElem(pickName(d, in)) || true; },
-    [](D& d, FuzzInput& in) { return d.RestorePos("", in.byte() % 4 - 1); },
-    [](D& d, FuzzInput& in) { return d.SavePos("", in.byte() % 4 - 1) && false; },
+    [](D& d, FuzzInput& in) { return d.RestorePos("", in.pick(-1, 2)); },
+    [](D& d, FuzzInput& in) { return d.SavePos("", in.pick(-1, 2)) && false; },
 };
 
 /// Reads all that the current position offers.
 void readAll(const D& document) {
     const int main = document.position().main;
     std::string storage;
-    checkSame(document.GetData(), document.dataView(main, storage), "the data and its view agree");
-    check(document.x_GetPath(main).empty() == (main == 0), "an element has a path");
+    requireSame(document.GetData(), document.dataView(main, storage),
+                "the data and its view agree");
+    require(document.x_GetPath(main).empty() == (main == 0), "an element has a path");
     document.GetTagName();
-    std::string name;
-    std::string value;
+    std::string name, value;
     for (int n = 0; document.GetNthAttrib(n, name, value); ++n) {
-        checkSame(document.GetAttribName(n), name, "the name of an attribute is its name");
+        requireSame(document.GetAttribName(n), name, "the name of an attribute is its name");
     }
     document.GetAttrib(name);
 }
@@ -50,11 +49,11 @@ void walkElements(D& document) {
     int met = 0;
     do {
         while (document.FindElem()) {
-            check(document.position().main == ++met, "the walk meets the records in order");
+            require(document.position().main == ++met, "the walk meets the records in order");
             document.IntoElem();
         }
     } while (document.OutOfElem());
-    check(met + 1 == document.recordCount(), "the walk meets every record");
+    require(met + 1 == document.recordCount(), "the walk meets every record");
 }
 
 /// Goes through the nodes at the document's level.
@@ -64,10 +63,10 @@ void walkNodes(D& document) {
         const D::Position& at = document.position();
         const ElemPos& elem = document.record(at.main);
         const bool isElem = at.nodeLength == 0;
-        check((isElem ? elem.start : at.nodeOffset) == end, "nodes follow one another");
+        require((isElem ? elem.start : at.nodeOffset) == end, "nodes follow one another");
         end += isElem ? elem.length : at.nodeLength;
     }
-    check(end == static_cast<int>(document.GetDoc().size()), "the nodes are the whole text");
+    require(end == static_cast<int>(document.GetDoc().size()), "the nodes are the whole text");
 }
 
 }  // namespace
@@ -80,14 +79,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     document.SetDocFlags(in.raw<std::uint16_t>() & 0x3FF & ~(DocFlagReadFile | DocFlagWriteFile));
     const std::string_view choices = in.shortText();
     file.put(in.rest());
-    check(!document.Load(file.path()) || document.IsWellFormed(), "what is loaded is well-formed");
+    require(!document.Load(file.path()) || document.IsWellFormed(),
+            "what is loaded is well-formed");
     document.GetError();
-    in = FuzzInput(reinterpret_cast<const std::uint8_t*>(choices.data()), choices.size());
+    in = FuzzInput(choices);
     while (!in.isEmpty()) {
         const D::Position before = document.position();
         const bool mayHaveMoved = in.choose(moves)(document, in);
-        check(mayHaveMoved || document.position() == before, "what finds nothing moves nothing");
-        checkSame(document.checkInvariants(), "", "the rules hold");
+        require(mayHaveMoved || document.position() == before, "what finds nothing moves nothing");
+        requireSame(document.checkInvariants(), "", "the rules hold");
         readAll(document);
     }
     document.SetDoc(std::string(document.GetDoc()));

@@ -1,6 +1,5 @@
 // Any bytes as a file: loads, saves and loads them again.
 
-#include "fuzz/Check.h"
 #include "fuzz/FuzzInput.h"
 #include "fuzz/MemoryFile.h"
 #include "markup/BomTable.h"
@@ -26,8 +25,7 @@ bool comesBack(const std::string& text, int flags) {
 /// The file.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static MemoryFile file;
-    MarkupDocument first;
-    MarkupDocument second;
+    MarkupDocument first, second;
     file.put(FuzzInput(data, size).rest());
     first.Load(file.path());
     if (first.GetFileError() != 0) {
@@ -36,13 +34,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool isUtf8 = first.GetResult().find(ResultConvertedTo) != std::string::npos;
     const std::string text(first.GetDoc());
     const int flags = first.GetDocFlags();
-    check(first.Save(file.path()), "what is read can be saved");
-    check(first.GetDoc() == text && first.GetDocFlags() == flags, "saving changes nothing");
+    require(first.Save(file.path()), "what is read can be saved");
+    require(first.GetDoc() == text && first.GetDocFlags() == flags, "saving changes nothing");
     second.Load(file.path());
-    check(second.GetFileError() == 0, "what is saved can be read");
+    require(second.GetFileError() == 0, "what is saved can be read");
     if (isUtf8 && comesBack(text, flags)) {
-        checkSame(second.GetDoc(), text, "the text comes back");
-        check(second.GetDocFlags() == flags || text.empty(), "the flags come back");
+        requireSame(second.GetDoc(), text, "the text comes back");
+        require(second.GetDocFlags() == flags || text.empty(), "the flags come back");
     }
     return 0;
 }

@@ -15,6 +15,7 @@
 #include "base/InputMultiFile.h"
 #include "base/InputServer.h"
 #include "base/InputStreamStl.h"
+#include "tests/Require.h"
 
 /// A stream and the plain bytes that it must give, for the same chosen operations on both. Windows
 /// only move their position; chains take offsets from the end as absolute.
@@ -28,15 +29,12 @@ class StreamComparison {
     // clang-format on
     /// Chooses a number from the first to the second, both included.
     using Choose = std::function<long(long, long)>;
-    /// Is told whether something is as it must be, and what.
-    using Check = std::function<void(bool, const char*)>;
 
     /// Opens `name`, null for standard input. `members` are the texts that it chains, or its own.
     StreamComparison(const char* name, bool isPipe, const std::vector<std::string>& members,
-                     Choose choose, Check check)
+                     Choose choose)
         : isPipe_(isPipe),
           choose_(std::move(choose)),
-          check_(std::move(check)),
           stream_(vek::InputServer::getInstance()->getFile(
               name, static_cast<vek::InputStream::ByteOrder>(choose_(-1, 1)))),
           window_(dynamic_cast<vek::InputBStream*>(stream_.get())),
@@ -51,8 +49,8 @@ class StreamComparison {
     void step(int i) {
         const long choice = i == 0 ? 0 : choose_(0, 4);
         choice == 0 ? peek() : choice == 1 ? read() : choice == 2 ? getline() : seek();
-        check_(stream_->offset() == position_, "the offset");
-        check_(stream_->size() == (isPipe_ ? 0 : size()), "the size");
+        require(stream_->offset() == position_, "the offset");
+        require(stream_->size() == (isPipe_ ? 0 : size()), "the size");
         if (stream_->eof() || stream_->fail()) {
             stream_->seek(position_);  // standard streams read no more until that
         }
@@ -74,17 +72,18 @@ class StreamComparison {
     void peek() {
         const int byte = stream_->peek();
         const bool mayEnd = left() == 0 || (isChain_ && gaps_[position_]);
-        check_(byte < 0 ? mayEnd : ahead(1) == std::string(1, static_cast<char>(byte)), "the byte");
+        require(byte < 0 ? mayEnd : ahead(1) == std::string(1, static_cast<char>(byte)),
+                "the byte");
     }
     void read() {
         const long count = pickCount();
         const std::string wanted = ahead(count);
         std::string bytes(index(count + 1), '#');
         stream_->bufread(bytes.data(), index(count));
-        check_(bytes.starts_with(wanted) && bytes.back() == '#', "the bytes");
+        require(bytes.starts_with(wanted) && bytes.back() == '#', "the bytes");
         // In a chain the flags are those of a member, which may have ended.
         const bool isShort = left() < count, hasEnded = stream_->eof() || stream_->fail();
-        check_(hasEnded == isShort || (isChain_ && hasEnded), "the state");
+        require(hasEnded == isShort || (isChain_ && hasEnded), "the state");
         moveTo(position_ + static_cast<long>(wanted.size()));
     }
     void seek() {
@@ -109,22 +108,21 @@ class StreamComparison {
         const char delimiter = static_cast<char>(choose_(0, 1) != 0 ? 0xFF : choose_(0, 255));
         std::string bytes(index(room + 1), '#');
         stream_->getline(bytes.data(), index(room), delimiter);
-        check_(bytes.back() == '#', "the room of a line");
+        require(bytes.back() == '#', "the room of a line");
         if (window_ == nullptr && !isStl_) {
-            check_(bytes[0] == '#', "that there are no lines");
+            require(bytes[0] == '#', "that there are no lines");
             return;
         }
         // A standard stream looks for the delimiter behind a full line, too.
         std::string wanted = ahead(isStl_ ? room : room - 1);
         const std::size_t found = wanted.find(delimiter);
         wanted.resize(std::min({found, index(room - 1), wanted.size()}));
-        check_(bytes.starts_with(wanted + '\0'), "the line");
+        require(bytes.starts_with(wanted + '\0'), "the line");
         moveTo(position_ + static_cast<long>(wanted.size()) + (found != std::string::npos ? 1 : 0));
     }
 
     const bool isPipe_;
     const Choose choose_;
-    const Check check_;
     const std::unique_ptr<vek::InputStream> stream_;
     vek::InputBStream* const window_;  ///< the stream, if it is one
     const bool isChain_, isStl_;
