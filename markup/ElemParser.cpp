@@ -51,6 +51,9 @@ int ElemParser::parse(int parent, TokenPos& token) {
 /// Every result of a parse goes through here.
 void ElemParser::addResult(const Result& result) {
     x_AddResult(log_, result);
+    if (listener_ != nullptr) {
+        listener_->tolerated(result);
+    }
 }
 
 /// Notes that something ill-formed lies directly in the innermost open element.

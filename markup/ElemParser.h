@@ -8,14 +8,27 @@
 #include "markup/Result.h"
 #include "markup/TokenPos.h"
 
+/// Is told of all that a parse tolerates; a result log has room for the first of it only.
+class ParseListener {
+  public:
+    ParseListener() = default;
+    ParseListener(const ParseListener&) = delete;
+    ParseListener& operator=(const ParseListener&) = delete;
+    virtual ~ParseListener() = default;
+
+    /// The parse has met this; the texts may be gone after the call.
+    virtual void tolerated(const Result& result) = 0;
+};
+
 /// Turns the nodes of the tokenizer into element records. It never fails: what is ill-formed is
 /// tolerated, flagged in the records and told to a result log. An object is for one parse.
 class ElemParser {
   public:
-    /// Neither the tree nor the log is owned. `ignoreCase` is the rule by which end tags find their
-    /// start tags.
-    ElemParser(ElemPosTree& tree, std::string& log, bool ignoreCase)
-        : tree_(tree), log_(log), tags_(ignoreCase) {}
+    /// Nothing is owned; the listener may be null. `ignoreCase` is the rule by which end tags find
+    /// their start tags.
+    ElemParser(ElemPosTree& tree, std::string& log, bool ignoreCase,
+               ParseListener* listener = nullptr)
+        : tree_(tree), log_(log), listener_(listener), tags_(ignoreCase) {}
 
     /// Parses a whole document under its own record, which it completes.
     void parseDocument(TokenPos token);
@@ -38,6 +51,7 @@ class ElemParser {
 
     ElemPosTree& tree_;
     std::string& log_;
+    ParseListener* listener_;
     OpenTagStack tags_;
     int parent_ = 0;     ///< record under which the parse runs
     int levelBase_ = 0;  ///< its level
