@@ -6,6 +6,7 @@
 
 #include "base/FileUtils.h"
 #include "converter/DataSection.h"
+#include "converter/ElementFinder.h"
 #include "converter/VORN.h"
 #include "markup/Markup.h"
 
@@ -21,8 +22,9 @@ int Converter::run(std::span<const char* const> paths) {
 
 bool Converter::convertFile(const char* path, int fileCount) {
     MarkupDocument document;
-    VORN(record_, messages_).init(path, fileCount, document, fileType_);
-    DataSection data(document, record_, messages_);
+    VORN(record_, messages_, listener_).init(path, fileCount, document, fileType_);
+    ElementFinder finder(document, listener_);
+    DataSection data(finder, record_, messages_);
     data.readFields();
     // Before anything of the file is written: one that is refused leaves nothing in the record.
     if (!checkNucTable(data.nucTableId())) {
@@ -42,8 +44,7 @@ bool Converter::checkNucTable(std::int16_t id) {
         return true;
     }
     if (id != nucTableId_) {
-        messages_.nucTableMismatch(id);
-        return false;
+        return messages_.nucTableMismatch(id);
     }
     return true;
 }

@@ -9,43 +9,25 @@
 
 #include <cstdlib>
 
-#include "converter/ElementText.h"
 #include "converter/TdiConfiguration.h"
 
-namespace {
-
-constexpr const char* configurationName = "COEFFICIENTS_LIST";
-
-}  // namespace
-
 void DataSection::readFields() {
-    document_.FindElem("DATA");
-    document_.IntoElem();
-    bandId_ = static_cast<std::uint8_t>(toInteger(findElementText(document_, "BAND_ID")));
-    epsilon_ = std::strtod(findElementText(document_, "EPSILON").c_str(), nullptr);
-    nucTableId_ = static_cast<std::int16_t>(toInteger(findElementText(document_, "NUC_TABLE_ID")));
+    finder_.find(Sought::Data);
+    finder_.document().IntoElem();
+    bandId_ = static_cast<std::uint8_t>(toInteger(finder_.text(Sought::BandId)));
+    epsilon_ = std::strtod(finder_.text(Sought::Epsilon).c_str(), nullptr);
+    nucTableId_ = static_cast<std::int16_t>(toInteger(finder_.text(Sought::NucTableId)));
 }
 
 bool DataSection::convertConfigurations(CoefficientTable& table) {
-    const std::uint8_t count = countConfigurations();
+    const std::uint8_t count = finder_.count(Sought::Configuration);
     messages_.configurations(count);
     record_.configurationCount(count);  // 12
-    while (document_.FindElem(configurationName)) {
-        TdiConfiguration configuration(document_, record_, messages_, table);
+    while (finder_.find(Sought::Configuration)) {
+        TdiConfiguration configuration(finder_, record_, messages_, table);
         if (!configuration.convert(bandId_, epsilon_)) {
             return false;
         }
     }
     return true;
-}
-
-/// The configurations from the current element on, modulo 256 as the record's field.
-std::uint8_t DataSection::countConfigurations() {
-    std::uint8_t count = 0;
-    document_.SavePos("");
-    while (document_.FindElem(configurationName)) {
-        ++count;
-    }
-    document_.RestorePos("");
-    return count;
 }

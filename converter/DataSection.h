@@ -3,16 +3,16 @@
 #include <cstdint>
 
 #include "converter/CoefficientTable.h"
+#include "converter/ElementFinder.h"
 #include "converter/Messages.h"
-#include "markup/Markup.h"
 #include "record/Writer.h"
 
 /// The `DATA` section of a parameter file: its scalar fields, and the configurations behind them.
 class DataSection {
   public:
     /// Nothing is owned; all must outlive the object.
-    DataSection(MarkupDocument& document, record::Writer& record, Messages& messages)
-        : document_(document), record_(record), messages_(messages) {}
+    DataSection(ElementFinder& finder, record::Writer& record, Messages& messages)
+        : finder_(finder), record_(record), messages_(messages) {}
 
     /// Reads the scalar fields. Starts inside the document's root element and leaves the document
     /// behind the fields.
@@ -28,9 +28,7 @@ class DataSection {
     bool convertConfigurations(CoefficientTable& table);
 
   private:
-    std::uint8_t countConfigurations();
-
-    MarkupDocument& document_;
+    ElementFinder& finder_;
     record::Writer& record_;
     Messages& messages_;
     std::uint8_t bandId_ = 0;

@@ -30,16 +30,26 @@ void append(std::string& line, Number number) {
 
 }  // namespace
 
-Messages::Messages(Output& output, std::size_t longestPath) : output_(output) {
+Messages::Messages(MessageSink& sink, std::size_t longestPath) : sink_(sink) {
     line_.reserve(noMemory.size() + inFile.size() + longestPath + 1);
 }
 
-/// Says the parts, texts and decimal integers, one after another.
+/// The parts, texts and decimal integers, one after another.
 template <class... Parts>
-void Messages::say(const Parts&... parts) {
+std::string_view Messages::line(const Parts&... parts) {
     line_.clear();
     (append(line_, parts), ...);
-    output_.say(line_);
+    return line_;
+}
+
+template <class... Parts>
+void Messages::say(const Parts&... parts) {
+    sink_.say(line(parts...));
+}
+
+template <class... Parts>
+bool Messages::end(const Parts&... parts) {
+    return sink_.end(line(parts...));
 }
 
 void Messages::configurations(std::uint8_t count) {
@@ -66,22 +76,23 @@ void Messages::stopTimeInvalid(std::string_view text) {
     say("application stop time is invalid: ", text);
 }
 
-void Messages::nucTableMismatch(std::int16_t id) {
-    say("NUC table mismatch (", id, ")", inFile, path_, "\n");
+bool Messages::nucTableMismatch(std::int16_t id) {
+    return end("NUC table mismatch (", id, ")", inFile, path_, "\n");
 }
 
-void Messages::vectorLength(long count, std::string_view name, std::int16_t pixels, int detector) {
-    say("Found ", count, " ", name, " pixels instead of ", pixels, " for detector ", detector,
-        "\n");
+bool Messages::vectorLength(long count, std::string_view name, std::int16_t pixels, int detector) {
+    return end("Found ", count, " ", name, " pixels instead of ", pixels, " for detector ",
+               detector, "\n");
 }
 
-void Messages::detectorOutside(int detector) {
-    say("detector ", detector, " is outside 1 to ", record::detectorCount, inFile, path_, "\n");
+bool Messages::detectorOutside(int detector) {
+    return end("detector ", detector, " is outside 1 to ", record::detectorCount, inFile, path_,
+               "\n");
 }
 
-void Messages::pixelsOutside(long pixels, int detector) {
-    say("NB_OF_PIXELS ", pixels, " of detector ", detector, " is above ",
-        std::numeric_limits<std::int16_t>::max(), inFile, path_, "\n");
+bool Messages::pixelsOutside(long pixels, int detector) {
+    return end("NB_OF_PIXELS ", pixels, " of detector ", detector, " is above ",
+               std::numeric_limits<std::int16_t>::max(), inFile, path_, "\n");
 }
 
 void Messages::cannotWrite(std::string_view reason) {

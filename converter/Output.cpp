@@ -68,6 +68,6 @@ void Output::writeRecord(std::string_view bytes) const {
     }
 }
 
-void Output::say(std::string_view message) const {
+void Output::say(std::string_view message) {
     static_cast<void>(writeAll(messages_, message));
 }

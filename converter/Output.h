@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "converter/MessageSink.h"
 #include "record/Sink.h"
 
 /// Where the results of a run go: two descriptors, one for the record and one for the messages.
@@ -11,7 +12,7 @@
 /// The record is buffered; a message is handed to the system whole and at once, before anything
 /// that comes behind it can be. So what a run has told of when it is killed it has done, but
 /// part of the record may be missing.
-class Output : public record::Sink {
+class Output : public record::Sink, public MessageSink {
   public:
     /// The descriptors are not owned and stay open. Signals of failing writes (SIGPIPE, SIGXFSZ)
     /// have to be ignored.
@@ -27,7 +28,7 @@ class Output : public record::Sink {
 
     /// Writes a message, in one system call if that takes it whole. A descriptor that is full for
     /// now is waited for; what can't be written at all is dropped: there is nobody left to tell.
-    void say(std::string_view message) const;
+    void say(std::string_view message) override;
 
   private:
     void writeRecord(std::string_view bytes) const;

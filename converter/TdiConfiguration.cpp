@@ -14,25 +14,13 @@
 #include <string>
 #include <string_view>
 
-#include "converter/ElementText.h"
 #include "record/Layout.h"
-
-namespace {
-
-/// Sought for every detector of every configuration, hence parsed once.
-const PathPos coefficients = PathPos::parsed("COEFFICIENTS");
-const PathPos pixelNumber = PathPos::parsed("NB_OF_PIXELS");
-const PathPos equalization = PathPos::parsed("ON_BOARD_EQUALIZATION");
-const PathPos applicabilityDate = PathPos::parsed("APPLICABILITY_DATE");
-const PathPos anyElement = PathPos::parsed(nullptr);
-
-}  // namespace
 
 bool TdiConfiguration::convert(std::uint8_t bandId, double epsilon) {
     const std::string label = document_.GetAttrib("tdi_config");
     document_.IntoElem();
     record_.configuration(label, epsilon);  // 13 to 15
-    while (document_.FindElem(coefficients)) {
+    while (finder_.find(Sought::Detector)) {
         if (!readDetector(bandId)) {
             return false;
         }
@@ -47,16 +35,17 @@ bool TdiConfiguration::convert(std::uint8_t bandId, double epsilon) {
 bool TdiConfiguration::readDetector(std::uint8_t bandId) {
     const int id = static_cast<int>(toInteger(document_.GetAttrib("detector_id")));
     document_.IntoElem();
-    const long pixelCount = toInteger(findElementText(document_, pixelNumber));
+    const long pixelCount = toInteger(finder_.text(Sought::PixelCount));
     if (pixelCount > std::numeric_limits<std::int16_t>::max()) {
-        messages_.pixelsOutside(pixelCount, id);
-        return false;
+        const bool goesOn = messages_.pixelsOutside(pixelCount, id);
+        document_.OutOfElem();
+        return goesOn;
     }
     const Detector detector{id, static_cast<std::int16_t>(pixelCount)};
     maxPixels_ = std::max(maxPixels_, detector.pixels);
-    document_.FindElem(equalization);
+    finder_.find(Sought::Equalization);
     document_.IntoElem();
-    document_.FindElem(applicabilityDate);
+    finder_.find(Sought::VectorDate);
     if (!readVectors(bandId, detector)) {
         return false;
     }
@@ -67,7 +56,7 @@ bool TdiConfiguration::readDetector(std::uint8_t bandId) {
 
 /// Reads the vectors from the current element on; they end at the first element of another name.
 bool TdiConfiguration::readVectors(std::uint8_t bandId, const Detector& detector) {
-    while (document_.FindElem(anyElement)) {
+    while (finder_.find(Sought::Vector)) {
         const int kind = CoefficientTable::kindOf(document_.tagNameView(document_.position().main));
         if (kind < 0) {
             break;
@@ -81,15 +70,13 @@ bool TdiConfiguration::readVectors(std::uint8_t bandId, const Detector& detector
 
 bool TdiConfiguration::readVector(std::uint8_t bandId, const Detector& detector, int kind) {
     if (detector.id < 1 || detector.id > record::detectorCount) {
-        messages_.detectorOutside(detector.id);
-        return false;
+        return messages_.detectorOutside(detector.id);
     }
     const std::string_view name = record::kindNames[static_cast<std::size_t>(kind)];
     const std::string_view text = document_.dataView(document_.position().main, dataStorage_);
     const long count = table_.appendValues(detector.id, kind, text);
     if (count != detector.pixels) {
-        messages_.vectorLength(count, name, detector.pixels, detector.id);
-        return false;
+        return messages_.vectorLength(count, name, detector.pixels, detector.id);
     }
     messages_.vector(bandId, detector.id, detector.pixels, name);
     return true;

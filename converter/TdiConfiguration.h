@@ -4,8 +4,8 @@
 #include <string>
 
 #include "converter/CoefficientTable.h"
+#include "converter/ElementFinder.h"
 #include "converter/Messages.h"
-#include "markup/Markup.h"
 #include "record/Writer.h"
 
 /// One time-delay-integration configuration of a file: reads a `COEFFICIENTS_LIST` element and
@@ -15,9 +15,13 @@ class TdiConfiguration {
     /// Starts at the document's current element, a `COEFFICIENTS_LIST`. Nothing is owned; all must
     /// outlive the object. `table` is emptied first: it is the caller's so that its memory serves
     /// all configurations.
-    TdiConfiguration(MarkupDocument& document, record::Writer& record, Messages& messages,
+    TdiConfiguration(ElementFinder& finder, record::Writer& record, Messages& messages,
                      CoefficientTable& table)
-        : document_(document), record_(record), messages_(messages), table_(table) {
+        : finder_(finder),
+          document_(finder.document()),
+          record_(record),
+          messages_(messages),
+          table_(table) {
         table_.clear();
     }
 
@@ -37,6 +41,7 @@ class TdiConfiguration {
     bool readVectors(std::uint8_t bandId, const Detector& detector);
     bool readVector(std::uint8_t bandId, const Detector& detector, int kind);
 
+    ElementFinder& finder_;
     MarkupDocument& document_;
     record::Writer& record_;
     Messages& messages_;

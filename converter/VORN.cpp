@@ -8,20 +8,19 @@
 #include <new>
 #include <string_view>
 
-#include "converter/ElementText.h"
-
 void VORN::init(const char* path, int fileCount, MarkupDocument& document, std::string& fileType) {
     if (!document.Load(path) && document.GetFileError() == ENOMEM) {
         throw std::bad_alloc();  // not to be taken for a file that is missing or empty
     }
-    document.FindElem();
+    ElementFinder finder(document, listener_);
+    finder.find(Sought::FileType);
     const std::string name = document.GetTagName();
     document.IntoElem();
     if (fileType.empty()) {
         fileType = name;
         // In the record its prefix stands for the first 4 characters. Of fewer substr throws,
         // before anything is written, and nothing catches it: required.
-        writePrologue(fileCount, document, fileType.substr(4));
+        writePrologue(fileCount, finder, fileType.substr(4));
     } else if (name != fileType) {
         messages_.fileTypeMismatch(name);
     }
@@ -29,26 +28,27 @@ void VORN::init(const char* path, int fileCount, MarkupDocument& document, std::
 
 /// Elements are found forward only, and whether they are there is not asked: the text of a missing
 /// one is empty, which reads as 2000-01-01.
-void VORN::writePrologue(int fileCount, MarkupDocument& document, std::string_view type) {
+void VORN::writePrologue(int fileCount, ElementFinder& finder, std::string_view type) {
     record_.begin(type);  // 1 to 3
+    MarkupDocument& document = finder.document();
     vek::JulianDate date;
-    document.FindElem("HEADER");
+    finder.find(Sought::Header);
     document.IntoElem();
-    writeDate(document, date, "PRODUCTION_DATE", &Messages::creationTimeInvalid);  // 4
+    writeDate(finder, date, Sought::ProductionDate, &Messages::creationTimeInvalid);  // 4
     document.OutOfElem();
-    document.FindElem("SPECIFIC_HEADER");
+    finder.find(Sought::SpecificHeader);
     document.IntoElem();
-    writeDate(document, date, "APPLICABILITY_DATE", &Messages::startTimeInvalid);     // 5
-    writeDate(document, date, "APPLICABILITY_END_DATE", &Messages::stopTimeInvalid);  // 6
+    writeDate(finder, date, Sought::ApplicabilityStart, &Messages::startTimeInvalid);  // 5
+    writeDate(finder, date, Sought::ApplicabilityEnd, &Messages::stopTimeInvalid);     // 6
     document.OutOfElem();
     record_.fileCount(static_cast<std::size_t>(fileCount));  // 7
 }
 
-/// Writes the date in `element`. Text that is no date is reported and leaves what `date` held
-/// before.
-void VORN::writeDate(MarkupDocument& document, vek::JulianDate& date, const char* element,
+/// Writes the date in the element that is sought. Text that is no date is reported and leaves what
+/// `date` held before.
+void VORN::writeDate(ElementFinder& finder, vek::JulianDate& date, Sought what,
                      Complaint complaint) {
-    const std::string text = findElementText(document, element);
+    const std::string text = finder.text(what);
     if (!date.init(text.c_str())) {
         (messages_.*complaint)(text);
     }

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "base/JulianDate.h"
+#include "converter/ElementFinder.h"
 #include "converter/Messages.h"
 #include "markup/Markup.h"
 #include "record/Writer.h"
@@ -12,8 +13,9 @@
 /// record, fields 1 to 7; later files are only compared with the first.
 class VORN {
   public:
-    /// Nothing is owned; both must outlive the reader.
-    VORN(record::Writer& record, Messages& messages) : record_(record), messages_(messages) {}
+    /// Nothing is owned; all must outlive the reader. The listener may be null.
+    VORN(record::Writer& record, Messages& messages, ReadListener* listener = nullptr)
+        : record_(record), messages_(messages), listener_(listener) {}
 
     /// Loads the file at `path` into `document` and leaves it inside the root element.
     ///
@@ -30,10 +32,10 @@ class VORN {
   private:
     using Complaint = void (Messages::*)(std::string_view);
 
-    void writePrologue(int fileCount, MarkupDocument& document, std::string_view type);
-    void writeDate(MarkupDocument& document, vek::JulianDate& date, const char* element,
-                   Complaint complaint);
+    void writePrologue(int fileCount, ElementFinder& finder, std::string_view type);
+    void writeDate(ElementFinder& finder, vek::JulianDate& date, Sought what, Complaint complaint);
 
     record::Writer& record_;
     Messages& messages_;
+    ReadListener* listener_;
 };
