@@ -1,0 +1,151 @@
+#include "tools/companion/OutputFile.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace companion {
+
+namespace {
+
+[[noreturn]] void fail(const std::string& what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+bool awaitRoom(int descriptor) {
+    pollfd waited{descriptor, POLLOUT, 0};
+    return ::poll(&waited, 1, -1) >= 0 || errno == EINTR;
+}
+
+/// The file that a link leads to, or the path itself when it leads nowhere.
+std::string resolved(const std::string& path) {
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
+                                                           &std::free);
+    return real ? real.get() : path;
+}
+
+}  // namespace
+
+DescriptorBuffer::DescriptorBuffer(int descriptor) : descriptor_(descriptor) {
+    setp(buffer_.data(), buffer_.data() + buffer_.size());
+}
+
+DescriptorBuffer::int_type DescriptorBuffer::overflow(int_type c) {
+    sync();
+    return traits_type::eq_int_type(c, traits_type::eof()) ? traits_type::not_eof(c)
+                                                           : sputc(traits_type::to_char_type(c));
+}
+
+int DescriptorBuffer::sync() {
+    const char* next = pbase();
+    const char* const end = pptr();
+    // Emptied first: what could not be written once is not tried again.
+    setp(buffer_.data(), buffer_.data() + buffer_.size());
+    while (next != end) {
+        const ssize_t written = ::write(descriptor_, next, static_cast<std::size_t>(end - next));
+        if (written > 0) {
+            next += written;
+        } else if (written == 0 || (errno == EAGAIN ? !awaitRoom(descriptor_) : errno != EINTR)) {
+            fail("cannot write the output");
+        }
+    }
+    return 0;
+}
+
+OutputFile::OutputFile(std::string path, bool overwrites)
+    : path_(std::move(path)),
+      overwrites_(overwrites),
+      descriptor_(open()),
+      buffer_(descriptor_),
+      stream_(&buffer_) {
+    stream_.exceptions(std::ios::badbit);  // lets the buffer's exceptions through
+}
+
+OutputFile::~OutputFile() {
+    if (descriptor_ > STDERR_FILENO) {
+        ::close(descriptor_);
+    }
+    if (!temporary_.empty()) {
+        ::unlink(temporary_.c_str());
+    }
+}
+
+int OutputFile::open() {
+    if (path_ == "-") {
+        return STDOUT_FILENO;
+    }
+    struct stat status {};
+    if (::lstat(path_.c_str(), &status) != 0) {
+        return openTemporary();
+    }
+    const std::string given = std::exchange(path_, resolved(path_));
+    if (::stat(path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        const int descriptor = ::open(path_.c_str(), O_WRONLY | O_CLOEXEC);
+        return descriptor >= 0 ? descriptor : (fail(given), -1);
+    }
+    if (!overwrites_) {
+        throw std::runtime_error(given + ": is there already; --overwrite replaces it");
+    }
+    return openTemporary();
+}
+
+int OutputFile::openTemporary() {
+    const std::size_t slash = path_.rfind('/');
+    const std::string start = path_.substr(0, slash == std::string::npos ? 0 : slash + 1) +
+                              ".part-" + std::to_string(::getpid());
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        std::string name = start + '-' + std::to_string(attempt);
+        const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (descriptor >= 0) {
+            temporary_ = std::move(name);  // takes no memory, which could be at an end
+            return descriptor;
+        }
+        if (errno != EEXIST) {
+            break;
+        }
+    }
+    fail(path_);
+}
+
+bool OutputFile::isTerminal() const {
+    return ::isatty(descriptor_) == 1;
+}
+
+void OutputFile::close() {
+    // Closed even when that fails; a file system over a network tells only here that it is full.
+    if (const int descriptor = std::exchange(descriptor_, -1); ::close(descriptor) != 0) {
+        fail("cannot write the output");
+    }
+}
+
+void OutputFile::giveName() {
+    // Whoever has made the file in the meantime keeps it. Not every file system knows the way.
+    const unsigned int flags = overwrites_ ? 0 : RENAME_NOREPLACE;
+    int result = ::renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, path_.c_str(), flags);
+    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
+        result = ::rename(temporary_.c_str(), path_.c_str());
+    }
+    if (result != 0) {
+        fail(path_);
+    }
+    temporary_.clear();
+}
+
+void OutputFile::commit() {
+    stream_.flush();
+    close();
+    if (!temporary_.empty()) {
+        giveName();
+    }
+}
+
+}  // namespace companion

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+namespace companion {
+
+/// How these programs end.
+enum ExitStatus : int {
+    nothingFound = 0,
+    somethingFound = 1,
+    trouble = 2,  ///< usage, an input or output that fails, no memory
+};
+
+/// Options that don't go together. The message is one line without a full stop.
+class UsageError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Prepares an empty command line: of an option that is given twice the last one counts, and the
+/// help begins with `usage`, the arguments behind the program's name.
+void prepare(CLI::App& app, const std::string& usage);
+
+/// Adds --help and --version, which prints `version`, parses the command line, does what these ask
+/// for, and otherwise returns the exit status of `work`. Throws what is wrong with the command line
+/// and what `work` throws.
+int parseAndRun(CLI::App& app, const std::string& version, int argc, char** argv,
+                const std::function<int()>& work);
+
+/// Runs the whole of a program and returns its exit status. What it throws is told on standard
+/// error as "NAME: TEXT" and gives `trouble`; a pipe whose reader has gone ends the process by its
+/// signal, or without a word.
+int runProgram(const char* name, const std::function<int()>& program);
+
+}  // namespace companion
