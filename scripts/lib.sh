@@ -9,7 +9,7 @@ trap 'exit 1' ERR
 root=$(dirname "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")")
 # The layers, lowest first. The tests are no layer: they may include any of them.
 # shellcheck disable=SC2034 # read by the scripts that source this
-layers=(base markup record converter tools)
+layers=(base markup record converter lint tools)
 
 # For what is built with sanitizers. A refused realloc has to reach the program as a null pointer
 # instead of ending it.
