@@ -26,7 +26,13 @@ def short(text):
 # The files of each case of the program, one behind another.
 def convert():
     for case in run_cases.read_cases(root / "tests/program/cases.txt"):
-        yield b"\xff".join(text.encode() for text in case["files"].values())
+        yield b"\xff".join(content for content, size in case["files"].values())
+
+
+def lint():
+    yield from convert()
+    for case in run_cases.read_cases(root / "tests/lint/cases.txt"):
+        yield b"\xff".join(content for content, size in case["files"].values() if not size)
 
 
 # Parameter files, the texts of scripts, and a document in each encoding of the round trips that
@@ -81,7 +87,7 @@ def streams():
                 i * (driver + 3) * 7 % 256 for i in range(800))
 
 
-for make in (base, convert, encoding, escape, load, save, streams):
+for make in (base, convert, encoding, escape, lint, load, save, streams):
     folder = pathlib.Path(sys.argv[1]) / make.__name__
     folder.mkdir(parents=True, exist_ok=True)
     for number, seed in enumerate(make()):

@@ -4,7 +4,10 @@
 # A case begins with "== case TITLE"; its other parts also begin with a "==" line:
 #
 #   == file NAME              the lines up to the next part are the file's text
-#   == file NAME from BASE    each line "OLD => NEW" is an edit of an earlier file of the script
+#   == file NAME from BASE    each line "OLD => NEW" is an edit of an earlier file of the script;
+#                             \n, \r, \t and \0 stand for their characters
+#   == file NAME ... as ENC   the same, written in another encoding than UTF-8
+#   == file NAME size N       so many zero bytes, which take no place on the disk
 #   == args NAME...           the arguments, separated by spaces
 #   == stdin                  what standard input, a pipe, holds
 #   == stdout full|closed|pipe  where the record goes instead of being compared
@@ -13,7 +16,10 @@
 #   == messages               what standard error must hold
 #   == record                 what standard output must hold, piece by piece: "text WORDS",
 #                             "hex BYTES", "f64 NUMBERS", "nan COUNT"
-import os, pathlib, struct, subprocess, sys, tempfile
+#   == findings               the lines "PLACE: SEVERITY: MESSAGE [ID]" on standard output, without
+#                             their messages, in any order
+#   == output                 what standard output must hold, as text
+import os, pathlib, re, struct, subprocess, sys, tempfile
 
 PIECES = {
     "text": lambda rest: rest.encode(),
@@ -21,11 +27,19 @@ PIECES = {
     "f64": lambda rest: b"".join(struct.pack("<d", float(n)) for n in rest.split()),
     "nan": lambda rest: bytes.fromhex("000000000000f87f") * int(rest),
 }
+FINDING = re.compile(r"^(\S+:\d+:\d+: \w+): .* (\[EQ\d+\])$", re.MULTILINE)
+ESCAPES = {r"\n": "\n", r"\r": "\r", r"\t": "\t", r"\0": "\0"}
+
+
+def unescaped(text):
+    for escape, character in ESCAPES.items():
+        text = text.replace(escape, character)
+    return text
 
 
 def edited(text, edits):
     for edit in edits.splitlines():
-        old, _, new = edit.partition(" => ")
+        old, _, new = map(unescaped, edit.partition(" => "))
         assert old in text, f"nothing to edit: {edit}"
         text = text.replace(old, new)
     return text
@@ -40,9 +54,10 @@ def read_cases(script):
         if kind == "case":
             cases.append({"case": rest, "files": {}, "args": "", "status": "0"})
         elif kind == "file":
-            name, _, base = rest.partition(" from ")
-            bases[name] = edited(bases[base], body) if base else body + "\n"
-            cases[-1]["files"][name] = bases[name]
+            name, *options = rest.split()
+            option = dict(zip(options[::2], options[1::2]))
+            bases[name] = edited(bases[option["from"]], body) if "from" in option else body + "\n"
+            cases[-1]["files"][name] = bases[name].encode(option.get("as", "utf-8")), option.get("size")
         else:
             cases[-1][kind] = rest or body + "\n"
     return cases
@@ -68,15 +83,22 @@ def run(program, case):
 
 
 def failures(program, case):
-    for name, text in case["files"].items():
+    for name, (content, size) in case["files"].items():
         pathlib.Path(name).parent.mkdir(parents=True, exist_ok=True)
-        pathlib.Path(name).write_text(text)
+        pathlib.Path(name).write_bytes(b"" if size else content)
+        os.truncate(name, int(size or len(content)))
     result = run(program, case)
     pieces = [line.partition(" ") for line in case.get("record", "").splitlines() if line]
     wanted = {"status": int(case["status"]), "messages": case.get("messages", "").encode(),
               "record": b"".join(PIECES[kind](rest) for kind, _, rest in pieces)}
     got = {"status": result.returncode, "messages": b"" if "stderr" in case else result.stderr,
-           "record": b"" if "stdout" in case else result.stdout}
+           "record": b"" if {"stdout", "findings", "output"} & case.keys() else result.stdout}
+    if "findings" in case:
+        wanted["findings"] = sorted(filter(None, case["findings"].split("\n")))
+        found = FINDING.findall(result.stdout.decode(errors="replace"))
+        got["findings"] = sorted(" ".join(parts) for parts in found)
+    if "output" in case:
+        wanted["output"], got["output"] = case["output"], result.stdout.decode(errors="replace")
     return [f"{case['case']}: {part} is {got[part]!r}, not {wanted[part]!r}"
             for part in wanted if got[part] != wanted[part]]
 
