@@ -14,6 +14,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "markup/text/EncodingNameTable.h"
 #include "markup/text/IConv.h"
 
 namespace lint {
@@ -194,9 +195,12 @@ int XmlReader::unknownEncoding(void* data, const XML_Char* name, XML_Encoding* i
     info->convert = nullptr;
     info->release = nullptr;
     try {
-        // Programs take "latin-1" and "utf_8", too.
+        // Programs take "latin-1" and "utf_8", too, and UTF-8 by the number of its code page.
         std::string plainName(name);
         std::erase_if(plainName, [](char c) { return c == '-' || c == '_'; });
+        if (x_GetEncodingCodePage(name) == CodePageUtf8) {
+            plainName = "UTF8";
+        }
         const bool isRead = readBytes(name, info->map) || readBytes(plainName.c_str(), info->map);
         return isRead ? XML_STATUS_OK : XML_STATUS_ERROR;
     } catch (const std::bad_alloc&) {
