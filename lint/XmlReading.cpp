@@ -92,14 +92,8 @@ class XmlReader {
             throw std::bad_alloc();
         }
         if (status != XML_STATUS_OK && isReading()) {
-            fail();
-            reading_.reason = isUndefined_ ? "undefined entity" : XML_ErrorString(error);
-        }
-    }
-
-    void fail() {
-        if (isReading()) {
             reading_.isWellFormed = false;
+            reading_.reason = isUndefined_ ? "undefined entity" : XML_ErrorString(error);
             reading_.offset = static_cast<std::size_t>(
                 std::max<XML_Index>(XML_GetCurrentByteIndex(parser_.get()), 0));
         }
