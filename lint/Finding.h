@@ -19,9 +19,9 @@ struct Place {
 
 /// The line of a finding, cut to the width of a screen, for people to see what is meant.
 struct Excerpt {
-    std::string line;     ///< UTF-8 without control characters; "" when there is none to show
-    int caretColumn = 0;  ///< characters before the caret
-    int caretLength = 1;  ///< characters that are meant, at least 1
+    std::string line;        ///< as in the file, with spaces for control characters
+    std::size_t begin = 0;   ///< where what is meant begins, in bytes
+    std::size_t length = 0;  ///< of what is meant, in bytes; 0 for a place between two characters
 };
 
 /// One thing that was found. Texts of files are as they stand there, so they may be no UTF-8.

@@ -88,10 +88,8 @@ Excerpt Locator::excerpt(std::size_t offset, std::size_t length, int width) cons
     std::ranges::replace_if(
         excerpt.line, [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; },
         ' ');
-    excerpt.caretColumn = static_cast<int>(charactersIn(text_.substr(begin, offset - begin)));
-    const std::size_t meant = std::max(std::min(offset + length, end), offset);
-    const std::size_t carets = charactersIn(text_.substr(offset, meant - offset));
-    excerpt.caretLength = static_cast<int>(std::max<std::size_t>(carets, 1));
+    excerpt.begin = offset - begin;
+    excerpt.length = std::max(std::min(offset + length, end), offset) - offset;
     return excerpt;
 }
 

@@ -1,5 +1,8 @@
 #include "lint/Printable.h"
 
+#include <locale.h>
+#include <wchar.h>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -85,6 +88,24 @@ std::string printable(std::string_view text) {
 std::string masked(std::string_view text) {
     const auto mask = [](auto) { return '?'; };
     return replaced(text, mask, mask);
+}
+
+std::size_t cellsOf(std::string_view text) {
+    const auto isOther = [](char c) { return c < ' ' || c > '~'; };
+    if (std::ranges::count_if(text, isOther) == 0) {
+        return text.size();
+    }
+    // Characters of East Asia take two cells, accents that combine none.
+    static const locale_t unicode = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+    const locale_t before = ::uselocale(unicode);
+    std::size_t cells = 0;
+    const char* cursor = text.data();
+    while (cursor != text.data() + text.size()) {
+        const int character = DecodeCharUTF8(cursor, text.data() + text.size());
+        cells += static_cast<std::size_t>(std::max(::wcwidth(static_cast<wchar_t>(character)), 0));
+    }
+    ::uselocale(before);
+    return cells;
 }
 
 }  // namespace lint

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -12,5 +13,8 @@ std::string printable(std::string_view text);
 
 /// The same with one "?" for each such character or byte, so that columns stay what they are.
 std::string masked(std::string_view text);
+
+/// How many cells of a terminal a text without harmful characters takes.
+std::size_t cellsOf(std::string_view text);
 
 }  // namespace lint

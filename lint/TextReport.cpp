@@ -66,13 +66,14 @@ void TextReport::add(const Finding& finding) {
 }
 
 void TextReport::show(const Excerpt& excerpt) {
-    const std::string line = masked(excerpt.line);
-    const std::size_t cut = std::min(line.find_first_not_of(' '), line.size());
-    const auto before = static_cast<std::size_t>(std::max(excerpt.caretColumn, 0));
-    const auto length = static_cast<std::size_t>(std::max(excerpt.caretLength, 1));
-    std::string shown = "   ";
-    shown.append(line, cut).append("\n   ").append(before - std::min(cut, before), ' ');
-    shown.append(style(boldGreen)).append("^").append(length - 1, '~').append(style(""));
+    const std::string_view line = excerpt.line;
+    const std::size_t cut = std::min(line.find_first_not_of(' '), excerpt.begin);
+    const std::string before = masked(line.substr(cut, excerpt.begin - cut));
+    const std::string meant = masked(line.substr(excerpt.begin, excerpt.length));
+    std::string shown = "   " + before + meant;
+    shown.append(masked(line.substr(excerpt.begin + excerpt.length)));
+    shown.append("\n   ").append(cellsOf(before), ' ').append(style(boldGreen)).append("^");
+    shown.append(std::max<std::size_t>(cellsOf(meant), 1) - 1, '~').append(style(""));
     out_ << shown.append("\n");
 }
 

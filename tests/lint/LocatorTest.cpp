@@ -26,7 +26,8 @@ TEST(Locator, CountsAsFromTheStart) {
     text += std::string(1'000'000, 'x') + "é\nend";
     lint::Locator locator(text);
     for (int i = 0; i < 2'000; ++i) {
-        const std::size_t offset = i % 2 == 0 ? random() % 20'000 : text.size() - random() % 200;
+        const bool isNear = i % 20 != 0;  // far ones take long to count
+        const std::size_t offset = isNear ? random() % 20'000 : text.size() - random() % 200;
         const std::size_t length = random() % 300;
         const lint::Place place = locator.place(offset, length);
         EXPECT_EQ(std::pair(place.line, place.column), countedPlace(text, offset));
@@ -40,12 +41,12 @@ TEST(Locator, ShowsWhatFitsTheScreen) {
     const std::size_t offset = text.find("5,5");
     const lint::Excerpt middle = lint::Locator(text).excerpt(offset, 3, 20);
     EXPECT_EQ(middle.line, std::string(10, 'x') + "5,5" + std::string(7, 'y'));
-    EXPECT_EQ(middle.caretColumn, 10);
-    EXPECT_EQ(middle.caretLength, 3);
+    EXPECT_EQ(middle.begin, 10U);
+    EXPECT_EQ(middle.length, 3U);
     const lint::Excerpt start = lint::Locator(text).excerpt(text.find("é"), 4, 20);
     EXPECT_EQ(start.line, "éé " + std::string(17, 'x'));
-    EXPECT_EQ(start.caretColumn, 0);
-    EXPECT_EQ(start.caretLength, 2);
+    EXPECT_EQ(start.begin, 0U);
+    EXPECT_EQ(start.length, 4U);
     EXPECT_EQ(lint::Locator(text).excerpt(text.size(), 1, 20).line, "last");
 }
 
