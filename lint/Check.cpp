@@ -66,6 +66,7 @@ class Checker : public ReadListener, public MessageSink, public record::Sink {
     std::size_t fileCount_ = 0;  ///< files that were begun
     bool isFirst_ = true;        ///< no file has given its header yet
     bool isUnreadable_ = false;
+    bool makesGiveUp_ = false;    ///< the file makes the converter abort
     std::string reason_;          ///< why the file is unreadable
     bool isStoppedHere_ = false;  ///< something in this file would end the run
     Sought last_ = Sought::FileType;
@@ -100,6 +101,9 @@ void Checker::convert(std::span<const char* const> paths) {
     try {
         Converter(*this, messages, this).run(paths);
     } catch (const std::out_of_range& error) {
+        if (!makesGiveUp_) {
+            throw;  // is a fault of the checks
+        }
         abort(error.what());
     }
 }
@@ -144,8 +148,8 @@ void Checker::beginFile(const MarkupDocument& document, int root) {
         markup_.begin(path, document);
     }
     const std::string_view name = document.tagNameView(root);
-    const bool makesGiveUp = isFirst_ && name.size() < shortestRoot;
-    if (!isUnreadable_ && !makesGiveUp) {
+    makesGiveUp_ = isFirst_ && name.size() < shortestRoot;
+    if (!isUnreadable_ && !makesGiveUp_) {
         beginReading(document, root, name);
         return;
     }
@@ -155,7 +159,7 @@ void Checker::beginFile(const MarkupDocument& document, int root) {
     if (!isUnreadable_) {
         reason_ = "the file type " + inQuotes(name) + " has fewer than 4 characters";
     }
-    if (makesGiveUp) {
+    if (makesGiveUp_) {
         teller_.tell("EQ101", Severity::error, root,
                      reason_ + ": the converter aborts (status 134), and nothing is written");
     }

@@ -26,14 +26,10 @@ void appendName(std::string& list, std::string_view name) {
     list.append(list.empty() ? "" : ", ").append(name);
 }
 
-/// Whether a document type may have other programs take spaces out of an attribute: one that
-/// declares attributes, as of another type than text.
-bool mayBeTrimmed(const MarkupDocument& document, std::string_view value) {
-    const bool hasSpaces = value.starts_with(' ') || value.ends_with(' ') ||
-                           value.find("  ") != std::string_view::npos;
-    const auto head = static_cast<std::size_t>(document.record(document.record(0).child).start);
-    return hasSpaces &&
-           document.GetDoc().substr(0, head).find("<!ATTLIST") != std::string_view::npos;
+/// Whether a value is another one where it counts as a list of words.
+bool hasOddSpaces(std::string_view value) {
+    return value.starts_with(' ') || value.ends_with(' ') ||
+           value.find("  ") != std::string_view::npos;
 }
 
 }  // namespace
@@ -77,7 +73,7 @@ void ConfigurationCheck::beginConfiguration(int elem) {
         teller_.tell("EQ501", Severity::warning, elem,
                      label.isThere() ? "the configuration's tdi_config is empty: so is its label"
                                      : "the configuration has no tdi_config: its label is empty");
-    } else if (label.differsFromXml() || mayBeTrimmed(*document_, label_)) {
+    } else if (label.differsFromXml() || (hasOddSpaces(label_) && markup_.labelsAreTokens())) {
         teller_.tell(
             "EQ505", Severity::warning, {label.rawOffset(), label.raw().size()}, elem,
             "the label is written as " + inQuotes(label_) + ", other programs read another one");

@@ -5,7 +5,6 @@
 #include "lint/DateCheck.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "lint/Teller.h"
 
@@ -43,7 +42,8 @@ class FieldReader {
         return take(field, least, most, [](char c) { return c >= '0' && c <= '9'; });
     }
     FieldReader& letters(std::string& field, std::size_t count) {
-        return take(field, count, count, [](char c) { return std::isalpha(c) != 0; });
+        return take(field, count, count,
+                    [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); });
     }
     FieldReader& mark(char c) {
         isGood_ = isGood_ && text_.starts_with(c);
@@ -115,7 +115,8 @@ bool readDayFirst(FieldReader reader, char separator, Fields& fields) {
     reader.digits(fields.day, 1, 2).mark(separator);
     separator == '-' ? reader.letters(fields.month, 3) : reader.digits(fields.month, 1, 2);
     reader.mark(separator).digits(fields.year, 4, 4);
-    return readTime(reader.skipAny(" "), false, fields);
+    reader.skipAny(" ");
+    return reader.startsWithDigit() && readTime(reader, false, fields);
 }
 
 /// The fields of a text in one of the layouts; false when it is in none.
@@ -133,7 +134,7 @@ std::string monthNumber(const std::string& month) {
     for (std::size_t i = 0; i < 12; ++i) {
         const std::string name = vek::JulianDate::months[i];
         const bool isSame = std::equal(month.begin(), month.end(), name.begin(), name.end(),
-                                       [](char a, char b) { return std::toupper(a) == b; });
+                                       [](char a, char b) { return a == b || a - 'a' + 'A' == b; });
         if (isSame) {
             return padded(std::to_string(i + 1));
         }

@@ -83,16 +83,13 @@ class Tolerated : public ParseListener {
     const MarkupDocument& document_;
 };
 
-/// Whether a text has a "?" that is no part of the marks "<?" and "?>".
+/// Whether a text has a "?" behind its XML declaration.
 bool hasQuestionMark(std::string_view text) {
-    for (std::size_t at = text.find('?'); at != std::string_view::npos;
-         at = text.find('?', at + 1)) {
-        const bool isMark = (at > 0 && text[at - 1] == '<') || text.substr(at + 1, 1) == ">";
-        if (!isMark) {
-            return true;
-        }
-    }
-    return false;
+    constexpr std::string_view end = "?>";
+    const std::size_t declaration =
+        text.starts_with("<?xml") ? text.find(end) : std::string_view::npos;
+    const bool hasDeclaration = declaration != std::string_view::npos;
+    return text.find('?', hasDeclaration ? declaration + end.size() : 0) != std::string_view::npos;
 }
 
 /// The bytes of a file that has been read before; "" when there is no way to read it twice. Throws
@@ -115,10 +112,12 @@ void MarkupCheck::begin(const char* path, const MarkupDocument& document) {
     document_ = &document;
     skipped_.clear();
     isTold_ = false;
+    labelsAreTokens_.reset();
     readResults();
     checkTolerated();
-    if (isUsualText() && hasQuestionMark(document.GetDoc())) {
-        // It may stand for bytes that are no UTF-8, of which the load tells nothing.
+    const bool isOfAnotherSize = length_ != std::to_string(document.GetDoc().size());
+    if (isUsualText() && (isOfAnotherSize || hasQuestionMark(document.GetDoc()))) {
+        // Of bytes that are no UTF-8, which become a "?" or nothing, the load tells nothing.
         const std::string bytes = bytesOf(path);
         isLossy_ = !bytes.empty() && bytes != document.GetDoc();
         firstLost_ = static_cast<std::size_t>(std::ranges::mismatch(bytes, document.GetDoc()).in2 -
@@ -143,6 +142,7 @@ void MarkupCheck::readResults() {
         isLossy_ |= name == ResultConversionLoss;
         if (name == ResultRead) {
             encoding_ = markup::resultAttribute(log, start, "encoding");
+            length_ = markup::resultAttribute(log, start, "length");
         } else if (name == ResultNullsRemoved) {
             nulls_ = markup::resultAttribute(log, start, "count");
         }
@@ -214,6 +214,16 @@ void MarkupCheck::tellEncoding(bool isHarmless, long lost) {
             "EQ208", loss, range, 0,
             count + " lost in the conversion from " + inQuotes(encoding_) + ", and read as \"?\"");
     }
+}
+
+bool MarkupCheck::labelsAreTokens() {
+    if (!labelsAreTokens_) {
+        // Nothing else of the document is needed, but some element must follow.
+        const auto head = static_cast<std::size_t>(document_->record(root()).start);
+        const std::array<std::string_view, 2> pieces{document_->GetDoc().substr(0, head), "<x/>"};
+        labelsAreTokens_ = readXmlText(pieces).hasTokenLabels;
+    }
+    return *labelsAreTokens_;
 }
 
 void MarkupCheck::checkTolerated() {

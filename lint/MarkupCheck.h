@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,9 @@ class MarkupCheck {
     void begin(const char* path, const MarkupDocument& document);
     /// This piece of the text, in an element, holds no markup and need not be looked at.
     void skip(Range markupFree);
+    /// Whether the document type declares tdi_config as something else than text, so that other
+    /// programs take spaces out of it.
+    bool labelsAreTokens();
     /// Looks at the rest of the file.
     void end();
 
@@ -40,7 +44,8 @@ class MarkupCheck {
     bool strictXml_;
     const MarkupDocument* document_ = nullptr;
     std::vector<Range> skipped_;  ///< in order
-    bool isTold_ = false;         ///< that the markup is not what it should be
+    std::optional<bool> labelsAreTokens_;
+    bool isTold_ = false;  ///< that the markup is not what it should be
 
     // What the load said.
     bool hasMark_ = false;
@@ -48,7 +53,8 @@ class MarkupCheck {
     bool isLossy_ = false;
     std::size_t firstLost_ = 0;  ///< where, if it is known
     std::string encoding_;
-    std::string nulls_;  ///< how many were removed
+    std::string length_;  ///< of the file
+    std::string nulls_;   ///< how many were removed
 };
 
 }  // namespace lint

@@ -13,14 +13,14 @@ namespace lint {
 
 namespace {
 
-/// C0, DEL and C1, of which terminals take commands; line separators, and what makes a line look
-/// as if it said something else.
+/// C0, DEL and C1, of which terminals take commands; line separators, spaces that can't be told
+/// from others or not be seen, and what makes a line look as if it said something else.
 bool isHarmful(int character) {
     const auto lies = [character](int first, int last) {
         return first <= character && character <= last;
     };
-    return lies(0, 0x1F) || lies(0x7F, 0x9F) || lies(0x200E, 0x200F) || lies(0x2028, 0x202E) ||
-           lies(0x2066, 0x2069);
+    return lies(0, 0x1F) || lies(0x7F, 0xA0) || lies(0x200B, 0x200F) || lies(0x2028, 0x202E) ||
+           lies(0x2066, 0x2069) || character == 0xFEFF;
 }
 
 std::string escaped(int character) {

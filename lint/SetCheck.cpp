@@ -232,8 +232,9 @@ void SetCheck::compareLabels(int dataElem) {
 
 void SetCheck::endSet() {
     for (const long band : expectedBands_) {
-        teller_.tell("EQ812", Severity::error, 0,
-                     "band " + std::to_string(band) + " is expected and missing");
+        teller_.tell(
+            "EQ812", Severity::error, 0,
+            "band " + std::to_string(band) + " is expected and missing, or comes not so often");
     }
 }
 

@@ -121,8 +121,16 @@ void SourceText::addEscaped(std::string_view piece, std::size_t offset) {
     const std::size_t before = storage_.size();
     for (std::size_t at = 0; at < piece.size();) {
         const std::size_t end = std::min(piece.find('&', at + 1), piece.size());
-        segments_.push_back({storage_.size(), offset + at, offset + end});
-        markup::appendUnescaped(storage_, piece.substr(at, end - at), 0);
+        const std::string_view part = piece.substr(at, end - at);
+        const std::size_t start = storage_.size();
+        markup::appendUnescaped(storage_, part, 0);
+        const std::size_t mark = part.find(';');
+        const bool isReference = std::string_view(storage_).substr(start) != part;
+        const std::size_t literal = isReference ? part.size() - mark - 1 : part.size();
+        if (isReference) {
+            segments_.push_back({start, offset + at, offset + at});
+        }
+        segments_.push_back({storage_.size() - literal, offset + end - literal, offset + end});
         at = end;
     }
     if (piece.find('&') != std::string_view::npos) {
@@ -175,7 +183,7 @@ std::size_t SourceText::offsetOf(std::size_t index) const {
     const bool isLast = segment + 1 == segments_.end();
     const std::size_t textEnd = isLast ? storage_.size() : (segment + 1)->textStart;
     const std::size_t behind = textEnd - std::min(index, textEnd);
-    // What follows a reference ends with the segment; the reference itself is at its start.
+    // Of a reference the place is its start, wherever in its text.
     return segment->rawEnd - std::min(behind, segment->rawEnd - segment->rawStart);
 }
 

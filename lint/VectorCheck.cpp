@@ -10,6 +10,7 @@
 
 #include "converter/numbers/VectorReader.h"
 #include "lint/PlainScan.h"
+#include "lint/ScalarCheck.h"
 #include "lint/TextForm.h"
 
 namespace lint {
@@ -79,27 +80,10 @@ long VectorCheck::check(const MarkupDocument& document, int elem, const std::str
     const bool holdsNoMarkup = isPlain || (isAsWritten && isSimpleText(text));
     markupFree_ = holdsNoMarkup ? Range{source.rawOffset(), text.size()} : Range{};
     if (!isPlain) {
-        checkText(source);
+        checkText(teller_, source, elem_, name_);
         checkPieces(source);
     }
     return values.count;
-}
-
-/// Tells what is to be told of the text as a whole.
-void VectorCheck::checkText(const SourceText& source) {
-    const Range range{source.rawOffset(), source.raw().size()};
-    if (source.hasChildren()) {
-        teller_.tell("EQ707", Severity::warning, elem_,
-                     name_ + " has elements in it: it is read as without text");
-    } else if (source.differsFromXml()) {
-        teller_.tell("EQ707", Severity::warning, range, elem_,
-                     name_ +
-                         " is read without white space between its comments or sections, or "
-                         "with a reference as it is written");
-    } else if (source.hasReferences()) {
-        teller_.tell("EQ706", Severity::note, range, elem_,
-                     name_ + " is written with references or sections");
-    }
 }
 
 /// Looks at each piece with the value that the converter makes of it.

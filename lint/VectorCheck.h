@@ -22,7 +22,6 @@ class VectorCheck {
     Range markupFree() const { return markupFree_; }
 
   private:
-    void checkText(const SourceText& source);
     void checkPieces(const SourceText& source);
     void checkPiece(const SourceText& source, std::size_t start, std::size_t end, long number,
                     double value);

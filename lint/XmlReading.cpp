@@ -35,6 +35,7 @@ class XmlReader {
         XML_SetUserData(parser_.get(), this);
         XML_SetReturnNSTriplet(parser_.get(), 1);
         XML_SetElementHandler(parser_.get(), startElement, nullptr);
+        XML_SetAttlistDeclHandler(parser_.get(), attributeDeclaration);
         XML_SetSkippedEntityHandler(parser_.get(), skippedEntity);
         XML_SetExternalEntityRefHandler(parser_.get(), externalEntity);
         XML_SetExternalEntityRefHandlerArg(parser_.get(), this);
@@ -131,6 +132,15 @@ class XmlReader {
             reader.digest(" ");
             reader.digest(*attributes);
         }
+    }
+
+    static void attributeDeclaration(void* data, const XML_Char* element, const XML_Char* attribute,
+                                     const XML_Char* type, const XML_Char* /*usual*/,
+                                     int /*isRequired*/) {
+        const bool isLabel = std::string_view(element) == "COEFFICIENTS_LIST" &&
+                             std::string_view(attribute) == "tdi_config";
+        bool& hasTokens = self(data).reading_.hasTokenLabels;
+        hasTokens = hasTokens || (isLabel && std::string_view(type) != "CDATA");
     }
 
     static void characterData(void* data, const XML_Char* text, int length) {

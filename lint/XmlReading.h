@@ -10,10 +10,11 @@ namespace lint {
 /// What a mainstream parser, expat, makes of a file.
 struct XmlReading {
     bool isWellFormed = true;
-    std::string reason;         ///< why not, in that parser's words
-    std::size_t offset = 0;     ///< where not: bytes from the start of what it was given
-    long elements = 0;          ///< how many it met
-    bool hasNamespace = false;  ///< whether the root, or one without a prefix, is in a namespace
+    std::string reason;           ///< why not, in that parser's words
+    std::size_t offset = 0;       ///< where not: bytes from the start of what it was given
+    long elements = 0;            ///< how many it met
+    bool hasNamespace = false;    ///< whether the root, or one without a prefix, is in a namespace
+    bool hasTokenLabels = false;  ///< whether a tdi_config is declared as something else than text
     /// Stands for all that it told: names, attributes, text.
     std::uint64_t digest = 0;
 };

@@ -18,8 +18,8 @@ TIME = r"(?P<H>\d\d?):(?P<M>\d\d?)(:(?P<S>\d\d?)(?P<f>\.\d*)?)?Z?"
 DATES = (r"(?P<y>\d{4})-(?P<m>\d\d)-(?P<d>\d\d)T(?P<H>\d\d):(?P<M>\d\d):(?P<S>\d\d)",  # the plain one
          rf"(?P<y>\d{{4}})-(?P<m>\d\d?)-(?P<d>\d\d?)T{TIME}",
          r"(?P<y>\d{4})(?P<m>\d\d)(?P<d>\d\d)T(?P<H>\d\d)(?P<M>\d\d)((?P<S>\d\d)(?P<f>\.\d*)?)?Z?",
-         rf"(?P<d>\d\d?)-(?P<name>[A-Za-z]{{3}})-(?P<y>\d{{4}})( +{TIME})?",
-         rf"(?P<d>\d\d?)/(?P<m>\d\d?)/(?P<y>\d{{4}})( +{TIME})?")
+         rf"(?P<d>\d\d?)-(?P<name>[A-Za-z]{{3}})-(?P<y>\d{{4}}) +{TIME}",
+         rf"(?P<d>\d\d?)/(?P<m>\d\d?)/(?P<y>\d{{4}}) +{TIME}")
 
 
 # The files are not plain, for this reason.
