@@ -1,0 +1,135 @@
+// The byte order is not in the record. Of the two, that counts in which there is a reading, the one
+// of the better class if there are two. Where P is 0 or has two equal bytes both give the same
+// layout, and the values decide: the fill value read the wrong way round is a number, and most
+// numbers that people write are then subnormal, as their last bytes are small or 0.
+
+#include "record/RecordReader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "record/ReadingSearch.h"
+
+namespace record {
+
+namespace {
+
+constexpr std::size_t judgedConfigurations = 64;
+constexpr std::uint64_t judgedBytes = ByteSource::windowSize;  // at both ends of the vectors
+constexpr long fillPoints = 1'000'000;                         // outweighs all subnormal numbers
+
+std::uint64_t swapped(std::uint64_t bits) {
+    std::uint64_t result = 0;
+    for (int i = 0; i < 8; ++i, bits >>= 8) {
+        result = result << 8 | (bits & 0xFF);
+    }
+    return result;
+}
+
+constexpr ByteOrder otherOrder(ByteOrder order) {
+    return order == ByteOrder::little ? ByteOrder::big : ByteOrder::little;
+}
+
+long pointsOf(std::uint64_t bits) {
+    if (bits == std::bit_cast<std::uint64_t>(fillValue)) {
+        return fillPoints;
+    }
+    return std::fpclassify(std::bit_cast<double>(bits)) == FP_SUBNORMAL ? -1 : 0;
+}
+
+long pointsOf(std::string_view bytes, ByteOrder order) {
+    long points = 0;
+    for (; bytes.size() >= sizeof(double); bytes.remove_prefix(sizeof(double))) {
+        std::uint64_t bits = 0;
+        bytes.copy(reinterpret_cast<char*>(&bits), sizeof bits);
+        points += pointsOf(order == machineOrder ? bits : swapped(bits));
+    }
+    return points;
+}
+
+}  // namespace
+
+RecordReader::RecordReader(const std::string& path, std::optional<ByteOrder> order) : bytes_(path) {
+    outcome_.order = order.value_or(machineOrder);
+    order ? void(outcome_ = ReadingSearch(bytes_, *order).run()) : choose();
+}
+
+RecordReader::RecordReader(std::string_view bytes, std::optional<ByteOrder> order)
+    : bytes_(ByteSource::ofBytes(bytes)) {
+    order ? void(outcome_ = ReadingSearch(bytes_, *order).run()) : choose();
+}
+
+void RecordReader::choose() {
+    ReadingSearch search(bytes_, machineOrder);
+    ReadingSearch otherSearch(bytes_, otherOrder(machineOrder));
+    outcome_ = search.run();
+    Outcome other = otherSearch.run();
+    const auto isReading = [](const Outcome& outcome) { return outcome.state <= State::ambiguous; };
+    // The smaller the better: first what is a reading, then its class.
+    const auto rank = [&](const Outcome& outcome) {
+        return isReading(outcome) ? static_cast<int>(outcome.readings[0].counts) : 100;
+    };
+    long advantage = rank(other) - rank(outcome_);
+    if (advantage == 0 && !isReading(outcome_)) {
+        advantage = search.evidence() - otherSearch.evidence();
+    }
+    if (advantage == 0) {
+        advantage = plausibility(outcome_) - plausibility(other);
+        outcome_.isOrderCertain = advantage != 0 || !isReading(outcome_);
+    }
+    if (advantage < 0) {
+        outcome_ = std::move(other);
+    }
+}
+
+/// How much the values of an outcome look like those of its byte order.
+long RecordReader::plausibility(const Outcome& outcome) {
+    long points = 0;
+    std::size_t judged = 0;
+    for (const Reading& reading : outcome.readings) {
+        for (const File& file : reading.files) {
+            for (const Configuration& configuration : file.configurations) {
+                if (++judged > judgedConfigurations) {
+                    return points;
+                }
+                points += plausibility(configuration, outcome.order);
+            }
+        }
+    }
+    if (outcome.ending.partial) {
+        points += plausibility(*outcome.ending.partial, outcome.order);
+    }
+    return points;
+}
+
+/// The configuration may be that in which the record ends, and have no vectors yet.
+long RecordReader::plausibility(const Configuration& configuration, ByteOrder order) {
+    long points = pointsOf(configuration.epsilonBits);
+    const std::uint64_t length = configuration.vectorsLength();
+    if (configuration.vectorsOffset == 0 || length == 0) {
+        return points;
+    }
+    const std::uint64_t judged = std::min(length, judgedBytes);
+    for (const std::uint64_t start : {std::uint64_t{0}, length - judged}) {
+        points += pointsOf(
+            bytes_.view(configuration.vectorsOffset + start, static_cast<std::size_t>(judged)),
+            order);
+    }
+    return points;
+}
+
+void RecordReader::readVector(const Configuration& configuration, int kind, int detector,
+                              std::span<double> values) {
+    const auto pixels = static_cast<std::size_t>(configuration.pixels);
+    const auto index = static_cast<std::uint64_t>(kind * detectorCount + detector - 1);
+    bytes_.read(configuration.vectorsOffset + index * configuration.vectorLength(),
+                reinterpret_cast<char*>(values.data()), pixels * sizeof(double));
+    if (outcome_.order != machineOrder) {
+        for (double& value : values.first(pixels)) {
+            value = std::bit_cast<double>(swapped(std::bit_cast<std::uint64_t>(value)));
+        }
+    }
+}
+
+}  // namespace record
