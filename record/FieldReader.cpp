@@ -75,7 +75,8 @@ bool FieldReader::readMarker(int number) {
     return marker.starts_with(there) ? take(number, marker.size()) : refuse(number, false);
 }
 
-bool FieldReader::readNumber(int number, std::size_t width, std::uint64_t& value) {
+bool FieldReader::readNumber(int number, std::size_t width, std::uint64_t& value,
+                             std::uint64_t least) {
     const std::string_view there = bytes_.view(offset_, width);
     const char fill = field(number).fill;
     value = 0;
@@ -86,7 +87,7 @@ bool FieldReader::readNumber(int number, std::size_t width, std::uint64_t& value
         }
         value = value * 10 + static_cast<std::uint64_t>(isFill ? 0 : there[i] - '0');
     }
-    return take(number, width);
+    return there.size() < width || value >= least ? take(number, width) : refuse(number, false);
 }
 
 bool FieldReader::readText(int number, std::uint64_t length, std::string_view prefix,
@@ -96,8 +97,12 @@ bool FieldReader::readText(int number, std::uint64_t length, std::string_view pr
     if (length < prefix.size() || bytes_.view(offset_, compared) != prefix.substr(0, compared)) {
         return refuse(number, false);
     }
-    text = {offset_, length};
-    return take(number, length);
+    const std::uint64_t start = offset_;
+    if (!take(number, length)) {
+        return false;
+    }
+    text = {start, length};
+    return true;
 }
 
 bool FieldReader::readName(int number, std::uint64_t length, TextPlace& text) {

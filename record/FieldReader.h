@@ -33,8 +33,8 @@ class FieldReader {
 
     /// Each reads field `number`, and returns whether it is there.
     bool readMarker(int number);
-    /// A number text of just so many characters.
-    bool readNumber(int number, std::size_t width, std::uint64_t& value);
+    /// A number text of just so many characters, and of `least` or more.
+    bool readNumber(int number, std::size_t width, std::uint64_t& value, std::uint64_t least = 0);
     /// A text that begins with `prefix`, or with a part of it when it is shorter.
     bool readText(int number, std::uint64_t length, std::string_view prefix, TextPlace& text);
     /// A text without slash and NUL. All of it is looked at: length / KiB is its price.

@@ -175,7 +175,7 @@ std::optional<ReadingSearch::Place> ReadingSearch::follow(const Place& place, st
         isFree = readPrologue(way, reader, values);
         next.field = 7;
     } else if (place.field == 7) {
-        isFree = reader.readNumber(7, way, values.number);
+        isFree = reader.readNumber(7, way, values.number, 1);
         next.fileCount = values.number;
         isFree = isFree && readFileStart(next, true, reader, values);
     } else if (place.field == 10) {

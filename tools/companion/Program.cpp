@@ -18,14 +18,15 @@ namespace companion {
 
 namespace {
 
-/// Usage, what the program does, the options by groups with one blank line between them, the rest.
+/// Usage, what the program does, its verbs, the options by groups with one blank line between them,
+/// the rest.
 class HelpFormatter : public CLI::Formatter {
   public:
     explicit HelpFormatter(std::string usage) : usage_(std::move(usage)) { column_width(26); }
 
     std::string make_help(const CLI::App* app, std::string name,
                           CLI::AppFormatMode mode) const override {
-        std::string groups = make_groups(app, mode);
+        std::string groups = make_subcommands(app, mode) + make_groups(app, mode);
         for (auto at = groups.find("\n\n\n"); at != std::string::npos;
              at = groups.find("\n\n\n", at)) {
             groups.erase(at, 1);
@@ -48,17 +49,6 @@ void keepStandardStreams() {
     ::close(descriptor);
 }
 
-/// Says it in one piece, as others may write there too, and without taking memory.
-void say(std::string_view name, std::string_view text, std::string_view more = {}) {
-    const auto part = [](std::string_view view) {
-        return iovec{const_cast<char*>(view.data()), view.size()};
-    };
-    const std::array parts{part(name), part(": "), part(text), part(more), part("\n")};
-    // There is nobody left to tell that this could not be written.
-    [[maybe_unused]] const auto written =
-        ::writev(STDERR_FILENO, parts.data(), static_cast<int>(parts.size()));
-}
-
 void sayUsage(const char* name, const char* text) {
     say(name, text, std::string("\nTry '") + name + " --help'.");
 }
@@ -71,6 +61,16 @@ int print(const std::string& text) {
 }
 
 }  // namespace
+
+void say(std::string_view name, std::string_view text, std::string_view more) {
+    const auto part = [](std::string_view view) {
+        return iovec{const_cast<char*>(view.data()), view.size()};
+    };
+    const std::array parts{part(name), part(": "), part(text), part(more), part("\n")};
+    // There is nobody left to tell that this could not be written.
+    [[maybe_unused]] const auto written =
+        ::writev(STDERR_FILENO, parts.data(), static_cast<int>(parts.size()));
+}
 
 void prepare(CLI::App& app, const std::string& usage) {
     app.formatter(std::make_shared<HelpFormatter>(usage));

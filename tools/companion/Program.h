@@ -4,6 +4,7 @@
 #include <functional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace companion {
 
@@ -19,6 +20,10 @@ class UsageError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
+
+/// Tells `text` and `more` on standard error as "NAME: TEXT", in one piece, as others may write
+/// there too, and without taking memory.
+void say(std::string_view name, std::string_view text, std::string_view more = {});
 
 /// Prepares an empty command line: of an option that is given twice the last one counts, and the
 /// help begins with `usage`, the arguments behind the program's name.

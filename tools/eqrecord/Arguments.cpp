@@ -1,0 +1,95 @@
+#include "tools/eqrecord/Arguments.h"
+
+#include <algorithm>
+#include <system_error>
+
+#include "lint/Printable.h"
+#include "tools/companion/Program.h"
+
+namespace eqrecord {
+
+std::optional<record::ByteOrder> Arguments::order() const {
+    if (byteOrder == "auto") {
+        return std::nullopt;
+    }
+    return byteOrder == "little" ? record::ByteOrder::little : record::ByteOrder::big;
+}
+
+CLI::App& addVerb(CLI::App& app, const char* name, const std::string& usage, const char* text) {
+    CLI::App& verb = *app.add_subcommand(name, text);
+    companion::prepare(verb, usage);
+    return verb;
+}
+
+void endVerb(CLI::App& verb, const char* footer, const std::function<void()>& onGiven) {
+    verb.set_help_flag("--help", "Print this")->group("Other");
+    verb.footer(footer);
+    verb.callback(onGiven);
+}
+
+void addRecords(CLI::App& verb, Arguments& arguments, bool takesMany) {
+    // Left to its defaults, an option with any number of values takes "[a,b]" for two of them.
+    constexpr int anyNumber = 1 << 28;
+    verb.add_option("RECORD", arguments.records)
+        ->expected(takesMany ? anyNumber : 1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void addFormat(CLI::App& verb, Arguments& arguments, const std::vector<std::string>& formats) {
+    std::string text = formats[0] + " (default)";
+    for (std::size_t i = 1; i < formats.size(); ++i) {
+        text += (i + 1 < formats.size() ? ", " : " or ") + formats[i];
+    }
+    arguments.format = formats[0];
+    addOption(verb, "Output", "--format", "FORMAT", arguments.format, text.c_str())
+        ->check(CLI::IsMember(formats));
+}
+
+void addReading(CLI::App& verb, Arguments& arguments) {
+    constexpr const char* group = "Reading";
+    addOption(verb, group, "--byte-order", "ORDER", arguments.byteOrder,
+              "auto (default), little or big")
+        ->check(CLI::IsMember({"auto", "little", "big"}));
+    addOption(verb, group, "--reading", "N", arguments.reading,
+              "Of a record that can be read in several ways,\ntake the Nth")
+        ->check(CLI::Range(1, 1'000'000));
+}
+
+int forEachRecord(const Arguments& arguments,
+                  const std::function<int(const std::string& path, record::RecordReader&)>& tell) {
+    if (arguments.records.empty()) {
+        throw companion::UsageError("no RECORD is given");
+    }
+    int status = companion::nothingFound;
+    for (const std::string& path : arguments.records) {
+        std::optional<record::RecordReader> reader;
+        try {
+            reader.emplace(path, arguments.order());
+        } catch (const std::runtime_error& error) {
+            companion::say(programName, lint::printable(error.what()));
+            status = companion::trouble;
+            continue;
+        }
+        status = std::max(status, tell(path, *reader));
+    }
+    return status;
+}
+
+std::vector<const record::Reading*> chosenReadings(const Arguments& arguments,
+                                                   const record::Outcome& outcome) {
+    std::vector<const record::Reading*> chosen;
+    for (const record::Reading& reading : outcome.readings) {
+        chosen.push_back(&reading);
+    }
+    if (arguments.reading == 0 || chosen.empty()) {
+        return chosen;
+    }
+    if (arguments.reading > chosen.size()) {
+        throw companion::UsageError("--reading: there is no reading " +
+                                    std::to_string(arguments.reading));
+    }
+    return {chosen[arguments.reading - 1]};
+}
+
+}  // namespace eqrecord

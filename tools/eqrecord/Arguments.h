@@ -1,0 +1,59 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "record/RecordReader.h"
+
+namespace eqrecord {
+
+inline constexpr const char* programName = "eqrecord";
+
+/// What a verb is to do once the command line is known; returns the exit status.
+using Work = std::function<int()>;
+
+/// What all verbs that read records take.
+struct Arguments {
+    std::vector<std::string> records;
+    std::string format = "text";
+    std::string byteOrder = "auto";
+    std::size_t reading = 0;  ///< from 1; 0 when none is chosen
+
+    /// The order that is asked for, if one is.
+    std::optional<record::ByteOrder> order() const;
+};
+
+/// Adds a verb to the program, which `usage` shows with its arguments, and `text` in one line.
+CLI::App& addVerb(CLI::App& app, const char* name, const std::string& usage, const char* text);
+/// Adds an option with a value, which the help and messages call `valueName`.
+template <class Value>
+CLI::Option* addOption(CLI::App& verb, const char* group, const char* name, const char* valueName,
+                       Value& value, const char* text) {
+    return verb.add_option(name, value, text)
+        ->type_name(valueName)
+        ->option_text(valueName)
+        ->group(group);
+}
+/// Adds what comes last: --help, the footer, and what the verb does when it is given.
+void endVerb(CLI::App& verb, const char* footer, const std::function<void()>& onGiven);
+/// Adds the records, one or any number of them.
+void addRecords(CLI::App& verb, Arguments& arguments, bool takesMany);
+/// Adds --format with these values, the first of which is the default.
+void addFormat(CLI::App& verb, Arguments& arguments, const std::vector<std::string>& formats);
+/// Adds --byte-order and --reading.
+void addReading(CLI::App& verb, Arguments& arguments);
+
+/// Runs `tell` on each record, and returns the worst of its statuses; a record that can't be read
+/// is told on standard error, and the next one's turn comes.
+int forEachRecord(const Arguments& arguments,
+                  const std::function<int(const std::string& path, record::RecordReader&)>& tell);
+
+/// The readings of an outcome that are to be shown: all, or the one that was chosen. Throws
+/// companion::UsageError when that isn't there.
+std::vector<const record::Reading*> chosenReadings(const Arguments& arguments,
+                                                   const record::Outcome& outcome);
+
+}  // namespace eqrecord

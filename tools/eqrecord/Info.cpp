@@ -1,0 +1,64 @@
+#include "tools/eqrecord/Info.h"
+
+#include <algorithm>
+#include <memory>
+#include <ostream>
+
+#include "lint/Printable.h"
+#include "tools/companion/OutputFile.h"
+#include "tools/companion/Program.h"
+#include "tools/eqrecord/InfoJson.h"
+#include "tools/eqrecord/InfoText.h"
+#include "tools/eqrecord/Telling.h"
+
+namespace eqrecord {
+
+namespace {
+
+constexpr const char* footer =
+    "Status 0: complete; 1: short, incomplete, ambiguous, or followed by other bytes; 2: no\n"
+    "record, or one that can't be read.\n"
+    "\n"
+    "Examples:\n"
+    "  eqrecord info EQ_B4.record\n"
+    "  eqconvert EQ_B4.xml | eqrecord info --format json -";
+
+int tellInfo(const Arguments& arguments) {
+    companion::OutputFile output("-", false);
+    bool isFirst = true;
+    const int result =
+        forEachRecord(arguments, [&](const std::string& path, record::RecordReader& reader) -> int {
+            const record::State state = reader.outcome().state;
+            if (state == record::State::damaged) {
+                companion::say(programName, lint::printable(path) + ": ", tell(reader).front());
+                return companion::trouble;
+            }
+            const auto readings = chosenReadings(arguments, reader.outcome());
+            if (arguments.format == "json") {
+                writeInfoJson(path, reader, readings, output.stream());
+            } else {
+                output.stream() << (isFirst ? "" : "\n");
+                writeInfoText(path, reader, readings, output.stream());
+            }
+            isFirst = false;
+            const bool isChosen = state == record::State::ambiguous && arguments.reading > 0;
+            return state == record::State::complete || isChosen ? companion::nothingFound
+                                                                : companion::somethingFound;
+        });
+    output.commit();
+    return result;
+}
+
+}  // namespace
+
+void addInfo(CLI::App& app, Work& work) {
+    CLI::App& verb = addVerb(app, "info", "[OPTION...] RECORD...", "Tell what records consist of");
+    const auto arguments = std::make_shared<Arguments>();
+    addRecords(verb, *arguments, true);
+    addFormat(verb, *arguments, {"text", "json"});
+    addReading(verb, *arguments);
+    endVerb(verb, footer,
+            [arguments, &work] { work = [arguments] { return tellInfo(*arguments); }; });
+}
+
+}  // namespace eqrecord

@@ -1,0 +1,131 @@
+#include "tools/eqrecord/InfoText.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+
+#include "lint/Printable.h"
+#include "tools/eqrecord/JsonWriter.h"
+#include "tools/eqrecord/Telling.h"
+
+namespace eqrecord {
+
+namespace {
+
+constexpr std::size_t columnCount = 7;
+using Row = std::array<std::string, columnCount>;
+
+constexpr std::array<bool, columnCount> isRightAligned{true, true, false, false, true, true, false};
+
+/// Columns on a terminal: characters, not bytes.
+std::size_t widthOf(std::string_view text) {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+Row rowOf(const record::File& file, std::size_t number) {
+    return {std::to_string(number),
+            std::to_string(file.band),
+            lint::printable(file.name),
+            "-",
+            "-",
+            "-",
+            "-"};
+}
+
+/// Calls `take` with the table's rows, one a configuration.
+void makeRows(const record::Reading& reading, const std::function<void(const Row&)>& take) {
+    take({"file", "band", "name", "configuration", "epsilon", "pixels", "vectors at"});
+    for (std::size_t i = 0; i < reading.files.size(); ++i) {
+        const record::File& file = reading.files[i];
+        Row row = rowOf(file, i + 1);
+        if (file.configurations.empty()) {
+            take(row);
+        }
+        for (const record::Configuration& configuration : file.configurations) {
+            row[3] = lint::printable(configuration.label);
+            row[4] = decimalOf(configuration.epsilon());
+            row[5] = std::to_string(configuration.pixels);
+            row[6] = hexNumber(configuration.vectorsOffset);
+            take(row);
+        }
+    }
+}
+
+void writeTable(const record::Reading& reading, std::ostream& out) {
+    std::array<std::size_t, columnCount> widths{};
+    makeRows(reading, [&](const Row& row) {
+        for (std::size_t i = 0; i < columnCount; ++i) {
+            widths[i] = std::max(widths[i], widthOf(row[i]));
+        }
+    });
+    makeRows(reading, [&](const Row& row) {
+        std::string line;
+        for (std::size_t i = 0; i < columnCount; ++i) {
+            const std::string fill(widths[i] - widthOf(row[i]), ' ');
+            line += i == 0 ? "" : "  ";
+            line += isRightAligned[i] ? fill + row[i] : row[i] + fill;
+        }
+        out << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
+    });
+}
+
+std::string nucTablesOf(const record::Reading& reading) {
+    std::string text;
+    for (const record::File& file : reading.files) {
+        if (file.nucTableId) {
+            text += (text.empty() ? "" : ", ") + std::to_string(*file.nucTableId);
+        }
+    }
+    return text;
+}
+
+/// Writes a line of the prologue, of which a record that is cut may not have all.
+void writeField(std::string_view name, const std::string& value, std::ostream& out) {
+    if (!value.empty()) {
+        out << name << lint::printable(value) << '\n';
+    }
+}
+
+void writeReading(const record::Outcome& outcome, const record::Reading& reading,
+                  std::ostream& out) {
+    writeField("file type   ", reading.fileType, out);
+    writeField("created     ", reading.creationDate, out);
+    if (!reading.applicabilityEnd.empty()) {
+        writeField("applicable  ", reading.applicabilityStart + " to " + reading.applicabilityEnd,
+                   out);
+    }
+    writeField("NUC table   ", nucTablesOf(reading), out);
+    if (reading.filesCounted > 0) {
+        const bool isAll = reading.files.size() == reading.filesCounted;
+        out << "files       " << reading.filesCounted
+            << (isAll ? "" : ", " + std::to_string(reading.files.size()) + " there") << '\n';
+    }
+    for (std::size_t i = 0; i < reading.files.size(); ++i) {
+        writeField("note        ", tellCount(outcome, reading, i), out);
+    }
+    if (!reading.files.empty()) {
+        out << '\n';
+        writeTable(reading, out);
+    }
+}
+
+}  // namespace
+
+void writeInfoText(const std::string& path, record::RecordReader& reader,
+                   const std::vector<const record::Reading*>& readings, std::ostream& out) {
+    const record::Outcome& outcome = reader.outcome();
+    out << lint::printable(path) << ": " << nameOf(outcome.state) << ", " << reader.size()
+        << (reader.size() == 1 ? " byte, " : " bytes, ") << nameOf(outcome.order) << "-endian\n";
+    for (const std::string& line : tell(reader)) {
+        out << line << '\n';
+    }
+    for (std::size_t i = 0; i < readings.size(); ++i) {
+        if (readings.size() > 1) {
+            out << "\nreading     " << i + 1 << '\n';
+        }
+        writeReading(outcome, *readings[i], out);
+    }
+}
+
+}  // namespace eqrecord

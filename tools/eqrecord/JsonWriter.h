@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+namespace eqrecord {
+
+/// Writes JSON on one line as it comes, with ", " and ": " between its parts. The caller sees to it
+/// that what is begun is ended, and that a key stands before each value of an object.
+class JsonWriter {
+  public:
+    /// The stream is not owned.
+    explicit JsonWriter(std::ostream& out) : out_(out) {}
+
+    void beginObject() { begin('{'); }
+    void endObject() { end('}'); }
+    void beginArray() { begin('['); }
+    void endArray() { end(']'); }
+    /// A key of plain ASCII letters.
+    void key(std::string_view name);
+
+    /// A string in ASCII; of bytes that are no UTF-8, {"hex": "..."}.
+    void text(std::string_view value);
+    void number(std::uint64_t value) { raw(std::to_string(value)); }
+    void number(std::int64_t value) { raw(std::to_string(value)); }
+    void boolean(bool value) { raw(value ? "true" : "false"); }
+    /// The shortest decimal that is read back to the same bits; the fill value as null, another NaN
+    /// as its bits in a string, "0x7ff8000000000123", and infinities as "inf" and "-inf".
+    void real(double value);
+
+  private:
+    void begin(char bracket);
+    void end(char bracket);
+    void raw(std::string_view value);
+
+    std::ostream& out_;
+    bool isFirst_ = true;
+};
+
+/// The shortest decimal that is read back to the same bits; "nan", "inf" or "-inf".
+std::string decimalOf(double value);
+/// Bytes in hexadecimal digits, two each, with `between` between two bytes.
+std::string hexOf(std::string_view bytes, std::string_view between = "");
+/// A number as "0x1f".
+std::string hexNumber(std::uint64_t value);
+
+}  // namespace eqrecord

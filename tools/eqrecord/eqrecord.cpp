@@ -1,0 +1,38 @@
+// Works with what the converter writes:
+//
+//     eqrecord VERB [OPTION...] RECORD...
+//
+// Records are read by record/; here are the verbs, one file each, and what they have in common.
+
+#include <CLI/CLI.hpp>
+
+#include "tools/companion/Program.h"
+#include "tools/eqrecord/Arguments.h"
+#include "tools/eqrecord/Info.h"
+
+namespace {
+
+constexpr const char* version = "eqrecord " EQCONVERT_VERSION;
+
+constexpr const char* description = "Works with the records that eqconvert writes.";
+
+constexpr const char* footer =
+    "A RECORD is a file, or - for standard input. 'eqrecord VERB --help' tells more.\n"
+    "\n"
+    "Status 0: nothing to tell; 1: something is; 2: trouble.";
+
+int runEqrecord(int argc, char** argv) {
+    CLI::App app(description, eqrecord::programName);
+    companion::prepare(app, "VERB [OPTION...] RECORD...");
+    app.require_subcommand(1);
+    app.footer(footer);
+    eqrecord::Work work;
+    eqrecord::addInfo(app, work);
+    return companion::parseAndRun(app, version, argc, argv, [&] { return work(); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return companion::runProgram(eqrecord::programName, [&] { return runEqrecord(argc, argv); });
+}
