@@ -87,7 +87,22 @@ def streams():
                 i * (driver + 3) * 7 % 256 for i in range(800))
 
 
-for make in (base, convert, encoding, escape, lint, load, save, streams):
+# The sample, and records without pixels, of which several fit into an input: with more files, more
+# configurations, lengths that can be read in two ways, and a second one behind.
+def record():
+    sample = (root / "samples/EQ_B4.record").read_bytes()
+    prologue, file, block = sample[:77], sample[81:94], sample[94:107] + b"\0\0"
+    digits = b"100123456789" + block[5:]
+    yield sample
+    yield prologue + b" 1\7\0" + file + block
+    yield prologue + b" 2\7\0" + (file + block) * 2
+    yield prologue + b" 2\7\x80" + file + block + b"\7\0" + file + block
+    yield prologue + b"12\x32\0" + (file + digits) * 12
+    yield prologue + b" 1\0\7" + file[:-1] + b"\x2c" + digits * 300
+    yield (prologue + b" 1\7\0" + file + block) * 2
+
+
+for make in (base, convert, encoding, escape, lint, load, record, save, streams):
     folder = pathlib.Path(sys.argv[1]) / make.__name__
     folder.mkdir(parents=True, exist_ok=True)
     for number, seed in enumerate(make()):

@@ -17,6 +17,7 @@
 #include "record/ReadingSearch.h"
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 
 namespace record {
@@ -27,10 +28,23 @@ constexpr std::uint64_t prologueStart = 4;  // behind the marker
 constexpr std::uint8_t noWay = 0xFF;
 constexpr std::uint64_t bytesPerPlace = 1024;  // of a name, which cost as much as a place
 
-constexpr long agreementPoints = 8;
-constexpr long secondRecordPoints = 8;
-constexpr long cutPoints = 2;
-constexpr long countPoints = 3;
+constexpr int agreementPoints = 8;
+constexpr int strangePoints = 3;
+constexpr int secondRecordPoints = 8;
+constexpr int cutPoints = 2;
+constexpr int countPoints = 3;  // for each class
+
+/// How much an epsilon speaks for what was read up to it. The first one of a file agrees with
+/// nothing, but what people choose is neither tiny nor huge, as most doubles are.
+int pointsOf(double epsilon, bool isFirst) {
+    if (!isFirst) {
+        return agreementPoints;
+    }
+    constexpr double least = 1e-12;
+    constexpr double greatest = 1e12;
+    const double size = std::fabs(epsilon);
+    return size == 0 || (least <= size && size <= greatest) ? 0 : -strangePoints;
+}
 
 }  // namespace
 
@@ -134,6 +148,17 @@ Counts ReadingSearch::countsOf(const Place& place) {
     return more == 0 ? Counts::kept : Counts::modulo256;
 }
 
+/// The best that can become of the file's count when this way is taken.
+Counts ReadingSearch::countsOf(const Place& place, std::uint8_t way) {
+    if (place.field != 13) {
+        return Counts::kept;
+    }
+    if (way == wayOut) {
+        return countsOf(place);
+    }
+    return place.configurations < place.counted ? Counts::kept : Counts::modulo256;
+}
+
 void ReadingSearch::tryNext() {
     const Branch branch{steps_.back().place,
                         wayOf(places_[steps_.back().place], steps_.back().nextWay++)};
@@ -158,11 +183,11 @@ void ReadingSearch::tryNext() {
     }
     if (next) {
         next->parent = branch.place;
-        next->depth = place.depth + 1;
+        next->evidence += 1;
         next->way = branch.way;
         visit(*next);
     } else {
-        consider(place, branch, reader);
+        consider(place, branch, reader, values);
     }
 }
 
@@ -234,21 +259,20 @@ bool ReadingSearch::readConfiguration(Place& next, std::uint8_t width, FieldRead
     }
     read.vectorsOffset = reader.offset();
     next.epsilon = read.epsilonBits;
-    next.agreements += isFirst ? 0 : 1;
+    next.evidence += pointsOf(read.epsilon(), isFirst);
     ++next.configurations;
     return reader.skipVectors(17, read.pixels);
 }
 
 /// Keeps the way as a candidate that ends at an obstacle.
-void ReadingSearch::consider(const Place& place, Branch branch, const FieldReader& reader) {
-    const bool isBeyond =
-        place.field == 13 && branch.way != wayOut && place.configurations >= place.counted;
-    const bool isShort = branch.way == wayOut && place.configurations != place.counted;
-    const bool agrees = branch.way != wayOut && place.configurations > 0 && reader.obstacle() > 15;
+void ReadingSearch::consider(const Place& place, Branch branch, const FieldReader& reader,
+                             const Values& values) {
     Candidate candidate{0, reader.obstacle(), branch,
                         reader.isAtEnd() ? State::incomplete : State::damaged, reader.offset()};
-    candidate.evidence = (reader.isAtEnd() ? cutPoints : 0) + (agrees ? agreementPoints : 0) -
-                         (isBeyond || isShort ? countPoints : 0);
+    candidate.evidence = reader.isAtEnd() ? cutPoints : 0;
+    if (place.field == 13 && branch.way != wayOut && reader.obstacle() > 15) {
+        candidate.evidence += pointsOf(values.configuration.epsilon(), place.configurations == 0);
+    }
     considerCandidate(place, candidate);
 }
 
@@ -262,16 +286,19 @@ void ReadingSearch::considerEnd(const Place& place, Branch branch) {
     }
     const bool isSecond = bytes_.view(place.offset, marker.size()) == marker;
     if (isSecond || countsOf(place) <= Counts::modulo256) {
-        const long points = cutPoints + (isSecond ? secondRecordPoints : 0) -
-                            (place.configurations == place.counted ? 0 : countPoints);
+        const long points = cutPoints + (isSecond ? secondRecordPoints : 0);
         considerCandidate(place, {points, static_cast<int>(fields.size()) + 1, branch,
                                   State::trailing, place.offset});
     }
 }
 
 void ReadingSearch::considerCandidate(const Place& place, Candidate candidate) {
-    candidate.evidence += place.agreements * agreementPoints + place.depth -
-                          (place.counts == Counts::kept ? 0 : countPoints);
+    const Counts counts = std::max(place.counts, countsOf(place, candidate.branch.way));
+    candidate.evidence += place.evidence - countPoints * static_cast<int>(counts);
+    if (place.field == 13 && candidate.branch.way != wayOut &&
+        countsOf(place) <= Counts::modulo256) {
+        candidate.evidence -= 1;  // the count would allow to end here
+    }
     const bool isBetter = candidate.evidence != best_.evidence ? candidate.evidence > best_.evidence
                                                                : candidate.field > best_.field;
     // Places of a pass are gone with the next; the last pass comes to all that those before did.

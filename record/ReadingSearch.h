@@ -39,8 +39,7 @@ class ReadingSearch {
         std::uint64_t file = 0;            ///< number of the file, from 0
         std::uint32_t configurations = 0;  ///< that were read of the file
         std::uint32_t parent = 0;          ///< the place before
-        std::uint32_t depth = 0;           ///< places before
-        std::uint32_t agreements = 0;      ///< configurations that have the epsilon of their file
+        std::int32_t evidence = 0;         ///< how much speaks for what was read up to here
         Counts counts = Counts::kept;      ///< the worst of the files before this one
         std::uint8_t way = 0;              ///< how it was come to from the place before
         std::uint8_t field = 0;
@@ -100,6 +99,7 @@ class ReadingSearch {
     void leave();
     static std::uint8_t wayOf(const Place& place, std::uint8_t turn);
     static Counts countsOf(const Place& place);
+    static Counts countsOf(const Place& place, std::uint8_t way);
 
     /// Goes on from a place. Nothing when the way is not free: then the reader says why.
     std::optional<Place> follow(const Place& place, std::uint8_t way, FieldReader& reader,
@@ -109,7 +109,8 @@ class ReadingSearch {
     static bool readConfiguration(Place& next, std::uint8_t width, FieldReader& reader,
                                   Values& values);
 
-    void consider(const Place& place, Branch branch, const FieldReader& reader);
+    void consider(const Place& place, Branch branch, const FieldReader& reader,
+                  const Values& values);
     void considerEnd(const Place& place, Branch branch);
     void considerCandidate(const Place& place, Candidate candidate);
 
