@@ -271,6 +271,59 @@ def check_inputs():
     assert done.returncode == 0 and done.stdout.startswith(b"-: complete, 1261 bytes, little-endian\n"), done
 
 
+# Records with something wrong, and the findings: identifier and offset.
+def faulty_records():
+    one, two = (b"".join(field[1] for field in fields_of(SETS[name])) for name in ("plain", "no pixels"))
+    offsets = list(itertools.accumulate((len(field[1]) for field in fields_of(SETS["plain"])), initial=0))
+    where = {(number, f, c): offset for (number, _, f, c), offset in zip(fields_of(SETS["plain"]), offsets)}
+    vectors = where[17, 1, 1]
+    nan, infinite = (struct.pack("<d", float(text)) for text in ("nan", "-inf"))
+    quarter = struct.pack("<d", 0.25)
+    start = one[:77] + b" 1\7\0\1" + b"01A"
+    # 10 and a label that begins with 0, then one of 91 bytes; or 100 and a label of as many, then an empty one.
+    ends = b"91" + b"y" * 79 + quarter + b"\0\0" + b"00" + quarter + b"\0\0"
+
+    def edit(offset, content):
+        return one[:offset] + content + one[offset + len(content):]
+
+    yield one, ""
+    yield b"", "RC101@0"
+    yield b"<TEST_EQ_TABLE/>", "RC101@0"
+    yield edit(where[13, 1, 1], b"?"), f"RC102@{where[13, 1, 1]}"
+    yield one[:vectors + 5], f"RC103@{vectors + 5}"
+    yield one[:where[13, 2, 1]], f"RC104@{where[9, 2, 0]}"
+    yield one + b"!", f"RC105@{len(one)}"
+    yield start + b"\2" + b"100" + b"x" * 9 + quarter + b"\0\0" + ends, "RC106@0"
+    yield start + b"\1" + b"01A" + bytes(10), "RC107@0"
+    yield start + b"\0" + (b"01A" + quarter + b"\0\0") * 256, "RC108@79 RC205@99"
+    yield edit(vectors, nan), f"RC201@{vectors}"
+    yield edit(vectors + 288, nan * 3), f"RC202@{vectors}"
+    yield edit(vectors + 8, infinite), f"RC203@{vectors + 8}"
+    yield edit(where[9, 2, 0], b"\1"), f"RC204@{where[9, 2, 0]}"
+    yield edit(where[5, 0, 0], b"2015-02-29"), f"RC206@{where[5, 0, 0]}"
+    yield edit(where[5, 0, 0], b"2031-01-01"), f"RC207@{where[5, 0, 0]}"
+    yield edit(where[15, 2, 1], infinite), f"RC208@{where[13, 2, 1]}"
+
+
+def check_findings():
+    schema = jsonschema.Draft202012Validator(json.loads((ROOT / "docs/eqrecord-check-1.schema.json").read_text()))
+    for content, wanted in faulty_records():
+        pathlib.Path("faulty").write_bytes(content)
+        text, report, strict = (subprocess.run([EQRECORD, "check", *options, "faulty"], capture_output=True, text=True)
+                                for options in ([], ["--format", "json"], ["--strict"]))
+        report = json.loads(report.stdout)
+        schema.validate(report)
+        findings = report["findings"]
+        assert " ".join(f"{found['id']}@{found['offset']}" for found in findings) == wanted, (wanted, report)
+        assert text.stdout == "".join("faulty:{offset:#x}: {severity}: {message} [{id}]\n".format_map(found)
+                                      for found in findings), text
+        assert text.returncode == any(found["severity"] == "error" for found in findings), text
+        assert strict.returncode == (wanted != "") and not text.stderr, strict
+        for value in info({"faulty": content}).values():
+            SCHEMA.validate(value)
+            assert (value["state"] == "ambiguous") == ("RC106" in wanted) == ("other_readings" in value), value
+
+
 def main():
     for name, files in SETS.items():
         check_whole(name, files)
@@ -283,6 +336,7 @@ def main():
     files = description(("EQ_B4.xml", 7, [("ALL", 3)]))
     check_stops()
     check_inputs()
+    check_findings()
     fields = [field for field in fields_of(files) if field[0] != 17]
     fields = [field if field[0] not in (9, 15) else (field[0], {9: b"\4", 15: struct.pack("<d", 0.5)}[field[0]], *field[2:])
               for field in fields] + [(17, sample[109:], 1, 1)]

@@ -8,6 +8,7 @@
 
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/Arguments.h"
+#include "tools/eqrecord/Check.h"
 #include "tools/eqrecord/Info.h"
 
 namespace {
@@ -28,6 +29,7 @@ int runEqrecord(int argc, char** argv) {
     app.footer(footer);
     eqrecord::Work work;
     eqrecord::addInfo(app, work);
+    eqrecord::addCheck(app, work);
     return companion::parseAndRun(app, version, argc, argv, [&] { return work(); });
 }
 
