@@ -53,7 +53,7 @@ std::size_t ReadingSearch::Hash::operator()(std::uint32_t index) const {
     std::uint64_t hash = place.offset;
     const std::uint64_t small = std::uint64_t{place.configurations} << 17 |
                                 std::uint64_t{place.counted} << 9 |
-                                std::uint64_t{place.isNucNegative} << 8 | place.field;
+                                (place.isNucNegative ? 1U << 8 : 0U) | place.field;
     for (const std::uint64_t value : {place.epsilon, place.fileCount, place.file, small}) {
         hash = (hash ^ value) * 0x9E3779B97F4A7C15;
         hash ^= hash >> 29;
@@ -192,8 +192,7 @@ void ReadingSearch::tryNext() {
 }
 
 std::optional<ReadingSearch::Place> ReadingSearch::follow(const Place& place, std::uint8_t way,
-                                                          FieldReader& reader,
-                                                          Values& values) const {
+                                                          FieldReader& reader, Values& values) {
     Place next = place;
     bool isFree = false;
     if (place.field == 2) {

@@ -102,8 +102,8 @@ class ReadingSearch {
     static Counts countsOf(const Place& place, std::uint8_t way);
 
     /// Goes on from a place. Nothing when the way is not free: then the reader says why.
-    std::optional<Place> follow(const Place& place, std::uint8_t way, FieldReader& reader,
-                                Values& values) const;
+    static std::optional<Place> follow(const Place& place, std::uint8_t way, FieldReader& reader,
+                                       Values& values);
     static bool readPrologue(std::uint8_t width, FieldReader& reader, Values& values);
     static bool readFileStart(Place& next, bool hasNucTable, FieldReader& reader, Values& values);
     static bool readConfiguration(Place& next, std::uint8_t width, FieldReader& reader,

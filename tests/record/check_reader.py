@@ -20,6 +20,7 @@ def description(*files):
 ALL = [("ALL", 3)]
 SETS = {
     "plain": description(("EQ_B4.xml", 7, [("ALL", 3), ("UPPER", 2)]), ("EQ_B5.xml", 7, ALL)),
+    "large": description(*((f"EQ_B{f}.xml", 7, [(label, 300) for label in ("ALL", "UPPER")]) for f in range(2))),
     "12 files": description(*((f"{i:02}", 50, [("A", 1)]) for i in range(12))),
     "123 files": description(*((f"B{i:03}.xml", 7, [("A", 1)]) for i in range(123))),
     "digits": description(("20150623_B00.xml", 7, [("0123456789", 3), ("2015 config", 3)]),

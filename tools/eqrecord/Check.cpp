@@ -34,7 +34,7 @@ void writeText(const std::string& path, const std::vector<Finding>& findings, st
 }
 
 /// As docs/eqrecord-check-1.schema.json says.
-void writeJson(const std::string& path, record::RecordReader& reader,
+void writeJson(const std::string& path, const record::RecordReader& reader,
                const std::vector<Finding>& findings, std::ostream& out) {
     JsonWriter json(out);
     const auto writeText = [&json](std::string_view key, std::string_view text) {

@@ -123,7 +123,7 @@ void writeTrailing(JsonWriter& json, const record::Ending& ending) {
 
 }  // namespace
 
-void writeInfoJson(const std::string& path, record::RecordReader& reader,
+void writeInfoJson(const std::string& path, const record::RecordReader& reader,
                    const std::vector<const record::Reading*>& readings, std::ostream& out) {
     const record::Outcome& outcome = reader.outcome();
     JsonWriter json(out);

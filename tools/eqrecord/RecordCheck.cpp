@@ -212,8 +212,9 @@ void RecordCheck::checkVectors(const record::Configuration& configuration,
             } else {
                 missing[index] += (missing[index].empty() ? "" : ", ") + name;
             }
-            checkVector(summary, offset,
-                        where + ", detector " + std::to_string(detector) + ", " + name);
+            std::string place = where;
+            place.append(", detector ").append(std::to_string(detector)).append(", ").append(name);
+            checkVector(summary, offset, place);
             offset += configuration.vectorLength();
         }
     }
