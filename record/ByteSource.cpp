@@ -96,6 +96,7 @@ void ByteSource::open() {
         spool();
         return;
     }
+    // Standard input may be a file of which somebody has read the beginning.
     const off_t start = isInput ? ::lseek(descriptor_, 0, SEEK_CUR) : 0;
     start_ = static_cast<std::uint64_t>(std::clamp<off_t>(start, 0, status.st_size));
     size_ = static_cast<std::uint64_t>(status.st_size) - start_;
@@ -105,6 +106,7 @@ void ByteSource::spool() {
     std::vector<char> buffer(spoolPiece);
     ssize_t count = readSome(descriptor_, buffer);
     int spooled = -1;
+    // The file is made with the first bytes: an empty input, or a folder, needs none.
     for (; count > 0; count = readSome(descriptor_, buffer)) {
         if (spooled < 0) {
             spooled = openNameless();
@@ -132,6 +134,7 @@ void ByteSource::spool() {
     }
 }
 
+/// pread may give fewer bytes than there are, when a signal comes or a piece is very long.
 std::size_t ByteSource::readAt(std::uint64_t offset, char* target, std::size_t length) const {
     std::size_t done = 0;
     while (done < length) {
@@ -157,7 +160,7 @@ std::string_view ByteSource::view(std::uint64_t offset, std::size_t length) {
     if (offset < windowOffset_ || offset - windowOffset_ > windowLength_ ||
         windowLength_ - (offset - windowOffset_) < length) {
         const std::uint64_t wanted = std::min<std::uint64_t>(window_.size(), size_ - offset);
-        windowLength_ = 0;
+        windowLength_ = 0;  // reading may throw half way
         windowLength_ = readAt(offset, window_.data(), static_cast<std::size_t>(wanted));
         windowOffset_ = offset;
         if (windowLength_ < length) {

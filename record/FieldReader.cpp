@@ -16,7 +16,7 @@ bool isDigit(char c) {
     return '0' <= c && c <= '9';
 }
 
-/// The unsigned integer of raw bytes, at most 8.
+/// The unsigned integer of raw bytes, at most 8, whatever the machine's own order is.
 std::uint64_t integerOf(std::string_view bytes, ByteOrder order) {
     std::uint64_t value = 0;
     for (std::size_t i = 0; i < bytes.size(); ++i) {
@@ -26,6 +26,7 @@ std::uint64_t integerOf(std::string_view bytes, ByteOrder order) {
     return value;
 }
 
+/// One byte of an integer of 8, as it stands in a record.
 std::uint64_t byteAt(std::uint64_t value, std::size_t place, ByteOrder order) {
     return value >> (order == ByteOrder::big ? 56 - 8 * place : 8 * place) & 0xFF;
 }
@@ -80,6 +81,7 @@ bool FieldReader::readNumber(int number, std::size_t width, std::uint64_t& value
     const std::string_view there = bytes_.view(offset_, width);
     const char fill = field(number).fill;
     value = 0;
+    // Two characters may begin with the fill; wider texts are as wide as they need to be.
     for (std::size_t i = 0; i < there.size(); ++i) {
         const bool isFill = i == 0 && width == numberWidth && there[i] == fill;
         if (!isFill && (!isDigit(there[i]) || (i == 0 && there[i] == '0'))) {
@@ -107,6 +109,7 @@ bool FieldReader::readText(int number, std::uint64_t length, std::string_view pr
 
 bool FieldReader::readName(int number, std::uint64_t length, TextPlace& text) {
     constexpr std::string_view forbidden("/\0", 2);
+    // In pieces, as damage can make a name of any length.
     const std::uint64_t end = offset_ + std::min(length, left());
     for (std::uint64_t at = offset_; at < end;) {
         const auto wanted = std::min<std::uint64_t>(end - at, ByteSource::windowSize);
@@ -125,6 +128,7 @@ bool FieldReader::readDate(int number, TextPlace& text) {
     bool isWhole = false;
     const std::size_t length = datePrefix(there, isWhole);
     if (!isWhole) {
+        // A view that is full holds the longest date, so this is none.
         return refuse(number, length == there.size() && there.size() < longestDate);
     }
     text = {offset_, length};
@@ -143,7 +147,7 @@ bool FieldReader::readCount(int number, std::int16_t& value) {
         return false;
     }
     if (value < 0) {
-        offset_ = start;
+        offset_ = start;  // damage is told where the field begins
         return refuse(number, false);
     }
     return true;
@@ -157,6 +161,7 @@ bool FieldReader::readByte(int number, std::uint8_t& value) {
 
 bool FieldReader::readReal(int number, std::optional<std::uint64_t> expected, std::uint64_t& bits) {
     const std::string_view there = bytes_.view(offset_, sizeof bits);
+    // Compared by bytes and not by value, so that NaN agrees with itself and 0 not with -0.
     for (std::size_t i = 0; expected && i < there.size(); ++i) {
         if (byteAt(*expected, i, order_) != static_cast<unsigned char>(there[i])) {
             return refuse(number, false);

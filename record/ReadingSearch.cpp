@@ -54,6 +54,7 @@ std::size_t ReadingSearch::Hash::operator()(std::uint32_t index) const {
     const std::uint64_t small = std::uint64_t{place.configurations} << 17 |
                                 std::uint64_t{place.counted} << 9 |
                                 (place.isNucNegative ? 1U << 8 : 0U) | place.field;
+    // A multiplication mixes upward only, the shift brings it down again.
     for (const std::uint64_t value : {place.epsilon, place.fileCount, place.file, small}) {
         hash = (hash ^ value) * 0x9E3779B97F4A7C15;
         hash ^= hash >> 29;
@@ -61,6 +62,7 @@ std::size_t ReadingSearch::Hash::operator()(std::uint32_t index) const {
     return static_cast<std::size_t>(hash);
 }
 
+/// Two places are the same when all that can follow is: not how they were come to, nor what for.
 bool ReadingSearch::Same::operator()(std::uint32_t a, std::uint32_t b) const {
     const auto equal = [&](auto member) { return (*places)[a].*member == (*places)[b].*member; };
     return equal(&Place::offset) && equal(&Place::field) && equal(&Place::file) &&
@@ -107,6 +109,7 @@ bool ReadingSearch::search(Counts worst) {
     return !readings_.empty() || isGivenUp_;
 }
 
+/// Goes to a place, unless it is known to lead nowhere.
 void ReadingSearch::visit(const Place& place) {
     const auto index = static_cast<std::uint32_t>(places_.size());
     places_.push_back(place);
@@ -118,6 +121,7 @@ void ReadingSearch::visit(const Place& place) {
     steps_.push_back({index, 0, readings_.size()});
 }
 
+/// Goes back from a place whose ways have all been tried.
 void ReadingSearch::leave() {
     if (steps_.back().readingsBefore == readings_.size()) {
         dead_.insert(steps_.back().place);
@@ -178,6 +182,7 @@ void ReadingSearch::tryNext() {
     FieldReader reader(bytes_, order_, place.offset);
     Values values;
     std::optional<Place> next = follow(place, branch.way, reader, values);
+    // Looking through long names again and again would take long without coming to many places.
     if (place.field == 10) {
         price_ += std::min(values.number, bytes_.size()) / bytesPerPlace;
     }
@@ -347,6 +352,7 @@ Reading ReadingSearch::readingOf(Branch branch, Ending* ending) {
         const Place& to = places_[*index];
         FieldReader reader(bytes_, order_, from.offset);
         Values values;
+        // What could be read before can be read again, unless somebody writes to the file.
         if (!follow(from, to.way, reader, values)) {
             throw std::runtime_error("the record has changed while it was read");
         }

@@ -83,7 +83,8 @@ void RecordReader::choose() {
     }
 }
 
-/// How much the values of an outcome look like those of its byte order.
+/// How much the values of an outcome, or of its first configurations if it has many, look like
+/// those of its byte order.
 long RecordReader::plausibility(const Outcome& outcome) {
     long points = 0;
     std::size_t judged = 0;

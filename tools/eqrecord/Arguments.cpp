@@ -1,3 +1,6 @@
+// The arguments outlive the parsing of the command line, as the work of a verb is only done
+// when all of it is known to be right.
+
 #include "tools/eqrecord/Arguments.h"
 
 #include <algorithm>

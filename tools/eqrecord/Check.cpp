@@ -1,3 +1,6 @@
+// To check a record that is damaged is no trouble but a finding; only a file that can't be read is.
+// Nothing is said of a record without findings, as compilers do it.
+
 #include "tools/eqrecord/Check.h"
 
 #include <algorithm>

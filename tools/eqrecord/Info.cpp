@@ -1,3 +1,6 @@
+// Of a damaged record there is nothing to show: it is told on standard error, as a file is that
+// can't be read, and the records behind it are shown all the same.
+
 #include "tools/eqrecord/Info.h"
 
 #include <algorithm>

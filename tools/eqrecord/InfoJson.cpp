@@ -1,3 +1,6 @@
+// Each key is that of the page's field. What an incomplete record does not have is left out and
+// never null, which would be a value of the epsilon.
+
 #include "tools/eqrecord/InfoJson.h"
 
 #include "record/Layout.h"

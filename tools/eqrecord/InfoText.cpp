@@ -1,3 +1,6 @@
+// The table is made twice, once to see how wide its columns are: its rows together would be larger
+// than all else that is kept of a record.
+
 #include "tools/eqrecord/InfoText.h"
 
 #include <algorithm>
@@ -40,7 +43,7 @@ void makeRows(const record::Reading& reading, const std::function<void(const Row
         const record::File& file = reading.files[i];
         Row row = rowOf(file, i + 1);
         if (file.configurations.empty()) {
-            take(row);
+            take(row);  // a file is shown also when it has no configuration
         }
         for (const record::Configuration& configuration : file.configurations) {
             row[3] = lint::printable(configuration.label);

@@ -1,3 +1,6 @@
+// Numbers and what stands between them are written here, strings by the library: it writes NaN and
+// infinities both as null, and a number of its own costs more than the shortest decimal.
+
 #include "tools/eqrecord/JsonWriter.h"
 
 #include <array>

@@ -180,6 +180,7 @@ void RecordCheck::checkBands(const record::Reading& reading) {
 }
 
 void RecordCheck::checkFile(const record::File& file) {
+    // A label that is there many times is told once.
     std::map<std::string_view, int> labels;
     for (const record::Configuration& configuration : file.configurations) {
         const std::string where =
@@ -197,6 +198,7 @@ void RecordCheck::checkFile(const record::File& file) {
 
 void RecordCheck::checkVectors(const record::Configuration& configuration,
                                const std::string& where) {
+    // A vector at a time, so that memory does not grow with the record.
     std::vector<double> values(static_cast<std::size_t>(configuration.pixels));
     std::array<std::size_t, record::detectorCount> kinds{};
     std::array<std::string, record::detectorCount> missing;

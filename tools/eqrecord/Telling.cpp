@@ -1,3 +1,9 @@
+// What is told of a record names the field with its number on the page on the record, so that
+// people can look up what should be there, and the offset, so that they can look at what is.
+//
+// Where a record ends is what it is; why is a guess, and said as one: a full disk can end a
+// file at the same byte as a run that stopped.
+
 #include "tools/eqrecord/Telling.h"
 
 #include <algorithm>
