@@ -31,7 +31,8 @@ constexpr std::uint64_t bytesPerPlace = 1024;  // of a name, which cost as much 
 constexpr int agreementPoints = 8;
 constexpr int strangePoints = 3;
 constexpr int secondRecordPoints = 8;
-constexpr int cutPoints = 2;
+constexpr int cutPoints =
+    5;  // more than a strange epsilon loses, as there is damage beside every cut
 constexpr int countPoints = 3;  // for each class
 
 /// How much an epsilon speaks for what was read up to it. The first one of a file agrees with
