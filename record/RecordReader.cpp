@@ -120,14 +120,16 @@ long RecordReader::plausibility(const Configuration& configuration, ByteOrder or
     return points;
 }
 
-void RecordReader::readVector(const Configuration& configuration, int kind, int detector,
-                              std::span<double> values) {
-    const auto pixels = static_cast<std::size_t>(configuration.pixels);
-    const auto index = static_cast<std::uint64_t>(kind * detectorCount + detector - 1);
-    bytes_.read(configuration.vectorsOffset + index * configuration.vectorLength(),
-                reinterpret_cast<char*>(values.data()), pixels * sizeof(double));
+/// Reads so many of the 48 vectors, from number `first` on, which counts from 0.
+void RecordReader::readVectors(const Configuration& configuration, int first, int count,
+                               std::span<double> values) {
+    values = values.first(static_cast<std::size_t>(count) *
+                          static_cast<std::size_t>(configuration.pixels));
+    const auto before = static_cast<std::uint64_t>(first) * configuration.vectorLength();
+    bytes_.read(configuration.vectorsOffset + before, reinterpret_cast<char*>(values.data()),
+                values.size_bytes());
     if (outcome_.order != machineOrder) {
-        for (double& value : values.first(pixels)) {
+        for (double& value : values) {
             value = std::bit_cast<double>(swapped(std::bit_cast<std::uint64_t>(value)));
         }
     }

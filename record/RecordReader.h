@@ -35,7 +35,13 @@ class RecordReader {
     /// first P of the values, of which there must be so many; every bit is kept. Throws
     /// std::runtime_error when the record has not so many bytes.
     void readVector(const Configuration& configuration, int kind, int detector,
-                    std::span<double> values);
+                    std::span<double> values) {
+        readVectors(configuration, kind * detectorCount + detector - 1, 1, values);
+    }
+    /// The same for all detectors of a kind, P values each.
+    void readKind(const Configuration& configuration, int kind, std::span<double> values) {
+        readVectors(configuration, kind * detectorCount, detectorCount, values);
+    }
 
   private:
     RecordReader(std::string_view bytes, std::optional<ByteOrder> order);
@@ -43,6 +49,8 @@ class RecordReader {
     void choose();
     long plausibility(const Outcome& outcome);
     long plausibility(const Configuration& configuration, ByteOrder order);
+    void readVectors(const Configuration& configuration, int first, int count,
+                     std::span<double> values);
 
     ByteSource bytes_;
     Outcome outcome_;
