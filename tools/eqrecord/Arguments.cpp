@@ -49,6 +49,12 @@ void addFormat(CLI::App& verb, Arguments& arguments, const std::vector<std::stri
         ->check(CLI::IsMember(formats));
 }
 
+void addOutput(CLI::App& verb, Arguments& arguments) {
+    addOption(verb, "Output", "-o", "FILE", arguments.output,
+              "Write to this file, which must be new");
+    verb.add_flag("--overwrite", arguments.overwrites, "Replace the file of -o")->group("Output");
+}
+
 void addReading(CLI::App& verb, Arguments& arguments) {
     constexpr const char* group = "Reading";
     addOption(verb, group, "--byte-order", "ORDER", arguments.byteOrder,
@@ -57,6 +63,9 @@ void addReading(CLI::App& verb, Arguments& arguments) {
     addOption(verb, group, "--reading", "N", arguments.reading,
               "Of a record that can be read in several ways,\ntake the Nth")
         ->check(CLI::Range(1, 1'000'000));
+    verb.add_flag("--partial", arguments.takesPartial,
+                  "Take what is whole of a record that is not\n(info and check always do)")
+        ->group(group);
 }
 
 int forEachRecord(const Arguments& arguments,

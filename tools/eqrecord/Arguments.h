@@ -20,7 +20,10 @@ struct Arguments {
     std::vector<std::string> records;
     std::string format = "text";
     std::string byteOrder = "auto";
-    std::size_t reading = 0;  ///< from 1; 0 when none is chosen
+    std::size_t reading = 0;    ///< from 1; 0 when none is chosen
+    bool takesPartial = false;  ///< also what is whole of a record that isn't
+    std::string output = "-";
+    bool overwrites = false;  ///< an output that is there
 
     /// The order that is asked for, if one is.
     std::optional<record::ByteOrder> order() const;
@@ -43,7 +46,9 @@ void endVerb(CLI::App& verb, const char* footer, const std::function<void()>& on
 void addRecords(CLI::App& verb, Arguments& arguments, bool takesMany);
 /// Adds --format with these values, the first of which is the default.
 void addFormat(CLI::App& verb, Arguments& arguments, const std::vector<std::string>& formats);
-/// Adds --byte-order and --reading.
+/// Adds -o and --overwrite.
+void addOutput(CLI::App& verb, Arguments& arguments);
+/// Adds --byte-order, --reading and --partial.
 void addReading(CLI::App& verb, Arguments& arguments);
 
 /// Runs `tell` on each record, and returns the worst of its statuses; a record that can't be read

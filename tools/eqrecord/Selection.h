@@ -1,0 +1,62 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "record/Reading.h"
+
+namespace eqrecord {
+
+/// One configuration of a record, and the file that it belongs to. Both belong to the reading.
+struct Block {
+    const record::File* file = nullptr;
+    std::size_t fileNumber = 0;  ///< from 1
+    const record::Configuration* configuration = nullptr;
+    std::size_t configurationNumber = 0;  ///< in its file, from 1
+};
+
+/// Which parts of a record a verb works on. What is not chosen by an option is all there is.
+class Selection {
+  public:
+    /// Adds --file, --band, --configuration, --detector, --kind and --pixel. The selection has to
+    /// outlive the parsing.
+    void addTo(CLI::App& verb);
+
+    /// The selected configurations in their order. Throws companion::UsageError when options choose
+    /// among them and none is left.
+    std::vector<Block> blocksOf(const record::Reading& reading) const;
+    bool takesFile(const record::File& file, std::size_t number) const;
+    bool takesConfiguration(const record::Configuration& configuration) const;
+    /// `kind` is from 0 to 3.
+    bool takesKind(int kind) const;
+    /// `detector` is from 1 to 12.
+    bool takesDetector(int detector) const;
+    /// The first selected pixel, from 1, and the number of those of `pixels` that are selected from
+    /// there on.
+    struct Pixels {
+        std::size_t first = 1;
+        std::size_t count = 0;
+    };
+    Pixels pixelsOf(std::size_t pixels) const;
+    /// Whether all is selected.
+    bool isAll() const;
+
+  private:
+    struct Range {
+        std::size_t first = 0;
+        std::size_t last = 0;
+    };
+
+    bool choosesBlocks() const { return !files_.empty() || !bands_.empty() || !labels_.empty(); }
+
+    std::vector<Range> files_;
+    std::vector<Range> bands_;
+    std::vector<std::string> labels_;
+    std::vector<Range> detectors_;
+    std::vector<int> kinds_;
+    std::vector<Range> pixels_;  ///< one at most
+};
+
+}  // namespace eqrecord
