@@ -6,12 +6,13 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
+
+#include "tools/companion/Temporary.h"
 
 namespace companion {
 
@@ -99,21 +100,12 @@ int OutputFile::open() {
 }
 
 int OutputFile::openTemporary() {
-    const std::size_t slash = path_.rfind('/');
-    const std::string start = path_.substr(0, slash == std::string::npos ? 0 : slash + 1) +
-                              ".part-" + std::to_string(::getpid());
-    for (int attempt = 0; attempt < 100; ++attempt) {
-        std::string name = start + '-' + std::to_string(attempt);
-        const int descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (descriptor >= 0) {
-            temporary_ = std::move(name);  // takes no memory, which could be at an end
-            return descriptor;
-        }
-        if (errno != EEXIST) {
-            break;
-        }
-    }
-    fail(path_);
+    int descriptor = -1;
+    temporary_ = makeBeside(path_, [&descriptor](const char* name) {
+        descriptor = ::open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        return descriptor >= 0;
+    });
+    return descriptor;
 }
 
 bool OutputFile::isTerminal() const {
@@ -127,24 +119,12 @@ void OutputFile::close() {
     }
 }
 
-void OutputFile::giveName() {
-    // Whoever has made the file in the meantime keeps it. Not every file system knows the way.
-    const unsigned int flags = overwrites_ ? 0 : RENAME_NOREPLACE;
-    int result = ::renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, path_.c_str(), flags);
-    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
-        result = ::rename(temporary_.c_str(), path_.c_str());
-    }
-    if (result != 0) {
-        fail(path_);
-    }
-    temporary_.clear();
-}
-
 void OutputFile::commit() {
     stream_.flush();
     close();
     if (!temporary_.empty()) {
-        giveName();
+        giveName(temporary_, path_, overwrites_);
+        temporary_.clear();
     }
 }
 

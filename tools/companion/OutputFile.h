@@ -50,7 +50,6 @@ class OutputFile {
     int openTemporary();
     /// Decides what is opened, and opens it; returns the descriptor.
     int open();
-    void giveName();
     void close();
 
     std::string path_;
