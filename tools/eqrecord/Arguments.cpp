@@ -11,6 +11,13 @@
 
 namespace eqrecord {
 
+const std::string& Arguments::record() const {
+    if (records.empty()) {
+        throw companion::UsageError("no RECORD is given");
+    }
+    return records.front();
+}
+
 std::optional<record::ByteOrder> Arguments::order() const {
     if (byteOrder == "auto") {
         return std::nullopt;

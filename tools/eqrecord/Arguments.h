@@ -25,6 +25,8 @@ struct Arguments {
     std::string output = "-";
     bool overwrites = false;  ///< an output that is there
 
+    /// The record of a verb that takes one. Throws companion::UsageError when none is given.
+    const std::string& record() const;
     /// The order that is asked for, if one is.
     std::optional<record::ByteOrder> order() const;
 };

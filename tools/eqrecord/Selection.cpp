@@ -141,6 +141,10 @@ bool Selection::takesFile(const record::File& file, std::size_t number) const {
     return isIn(files_, number) && isIn(bands_, file.band);
 }
 
+bool Selection::takesEmptyFile(const record::File& file, std::size_t number) const {
+    return labels_.empty() && takesFile(file, number);
+}
+
 bool Selection::takesConfiguration(const record::Configuration& configuration) const {
     return labels_.empty() || std::ranges::find(labels_, configuration.label) != labels_.end();
 }
@@ -162,7 +166,7 @@ Selection::Pixels Selection::pixelsOf(std::size_t pixels) const {
 }
 
 bool Selection::isAll() const {
-    return !choosesBlocks() && detectors_.empty() && kinds_.empty() && pixels_.empty();
+    return !choosesBlocks() && takesAllOfBlocks();
 }
 
 }  // namespace eqrecord

@@ -28,6 +28,8 @@ class Selection {
     /// among them and none is left.
     std::vector<Block> blocksOf(const record::Reading& reading) const;
     bool takesFile(const record::File& file, std::size_t number) const;
+    /// The same of a file without configurations, which is not taken for one of these.
+    bool takesEmptyFile(const record::File& file, std::size_t number) const;
     bool takesConfiguration(const record::Configuration& configuration) const;
     /// `kind` is from 0 to 3.
     bool takesKind(int kind) const;
@@ -42,6 +44,10 @@ class Selection {
     Pixels pixelsOf(std::size_t pixels) const;
     /// Whether all is selected.
     bool isAll() const;
+    /// Whether all is selected of the configurations that are.
+    bool takesAllOfBlocks() const {
+        return detectors_.empty() && kinds_.empty() && pixels_.empty();
+    }
 
   private:
     struct Range {

@@ -9,6 +9,7 @@
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/Arguments.h"
 #include "tools/eqrecord/Check.h"
+#include "tools/eqrecord/Export.h"
 #include "tools/eqrecord/Info.h"
 
 namespace {
@@ -30,6 +31,7 @@ int runEqrecord(int argc, char** argv) {
     eqrecord::Work work;
     eqrecord::addInfo(app, work);
     eqrecord::addCheck(app, work);
+    eqrecord::addExport(app, work);
     return companion::parseAndRun(app, version, argc, argv, [&] { return work(); });
 }
 

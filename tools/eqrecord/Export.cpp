@@ -1,0 +1,66 @@
+#include "tools/eqrecord/Export.h"
+
+#include <memory>
+#include <stdexcept>
+
+#include "lint/Printable.h"
+#include "tools/companion/Program.h"
+#include "tools/eqrecord/ExportedPart.h"
+#include "tools/eqrecord/OpenRecord.h"
+#include "tools/eqrecord/Selection.h"
+#include "tools/eqrecord/XmlExport.h"
+
+namespace eqrecord {
+
+namespace {
+
+constexpr const char* footer =
+    "xml makes parameter files FOLDER/NNN/NAME. The folder is there when the converter has made\n"
+    "the same record of them: 'eqconvert FOLDER/*/*' gives it again.\n"
+    "\n"
+    "Status 0: exported; 2: not, as standard error tells, and nothing is left.\n"
+    "\n"
+    "Examples:\n"
+    "  eqrecord export --format xml -o parameters EQ.record\n"
+    "  eqrecord export --format xml --band 4 -o band4 EQ.record";
+
+int runXml(const Arguments& arguments, const Selection& selection) {
+    if (arguments.output == "-") {
+        throw companion::UsageError("--format xml needs -o FOLDER");
+    }
+    if (arguments.overwrites) {
+        throw companion::UsageError("--overwrite: a folder is never replaced");
+    }
+    if (!selection.takesAllOfBlocks()) {
+        throw companion::UsageError(
+            "--format xml takes whole configurations: no --detector, --kind and --pixel");
+    }
+    OpenRecord record(arguments.record(), arguments);
+    try {
+        exportXml(record, exportedPart(record, selection), arguments.takesPartial,
+                  arguments.output);
+    } catch (const Inexpressible& error) {
+        throw std::runtime_error(lint::printable(record.path()) +
+                                 ": can't be expressed as XML: " + error.what());
+    }
+    return companion::nothingFound;
+}
+
+}  // namespace
+
+void addExport(CLI::App& app, Work& work) {
+    CLI::App& verb = addVerb(app, "export", "--format FORMAT -o PATH [OPTION...] RECORD",
+                             "Write records in other formats");
+    const auto arguments = std::make_shared<Arguments>();
+    const auto selection = std::make_shared<Selection>();
+    addRecords(verb, *arguments, false);
+    addFormat(verb, *arguments, {"xml"});
+    addOutput(verb, *arguments);
+    selection->addTo(verb);
+    addReading(verb, *arguments);
+    endVerb(verb, footer, [arguments, selection, &work] {
+        work = [arguments, selection] { return runXml(*arguments, *selection); };
+    });
+}
+
+}  // namespace eqrecord
