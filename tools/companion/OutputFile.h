@@ -42,6 +42,10 @@ class OutputFile {
     /// Whether somebody looks at it.
     bool isTerminal() const;
 
+    /// The descriptor of the new file, for those who write to it by other means than the stream; -1
+    /// when the output is another thing.
+    int newFile() const { return temporary_.empty() ? -1 : descriptor_; }
+
     /// Writes what is left, closes, and gives the file its name. Throws std::system_error.
     void commit();
 
