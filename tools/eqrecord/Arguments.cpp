@@ -62,6 +62,12 @@ void addOutput(CLI::App& verb, Arguments& arguments) {
     verb.add_flag("--overwrite", arguments.overwrites, "Replace the file of -o")->group("Output");
 }
 
+void addNetcdfKind(CLI::App& verb, Arguments& arguments) {
+    addOption(verb, "Output", "--netcdf-kind", "KIND", arguments.netcdfKind,
+              "4 (default), compressed, or 64, the classic format\nwith 64-bit data")
+        ->check(CLI::IsMember({"4", "64"}));
+}
+
 void addReading(CLI::App& verb, Arguments& arguments) {
     constexpr const char* group = "Reading";
     addOption(verb, group, "--byte-order", "ORDER", arguments.byteOrder,

@@ -19,6 +19,7 @@ using Work = std::function<int()>;
 struct Arguments {
     std::vector<std::string> records;
     std::string format = "text";
+    std::string netcdfKind = "4";
     std::string byteOrder = "auto";
     std::size_t reading = 0;    ///< from 1; 0 when none is chosen
     bool takesPartial = false;  ///< also what is whole of a record that isn't
@@ -50,6 +51,8 @@ void addRecords(CLI::App& verb, Arguments& arguments, bool takesMany);
 void addFormat(CLI::App& verb, Arguments& arguments, const std::vector<std::string>& formats);
 /// Adds -o and --overwrite.
 void addOutput(CLI::App& verb, Arguments& arguments);
+/// Adds --netcdf-kind.
+void addNetcdfKind(CLI::App& verb, Arguments& arguments);
 /// Adds --byte-order, --reading and --partial.
 void addReading(CLI::App& verb, Arguments& arguments);
 
