@@ -6,6 +6,7 @@
 #include "lint/Printable.h"
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/ExportedPart.h"
+#include "tools/eqrecord/NetcdfProgram.h"
 #include "tools/eqrecord/OpenRecord.h"
 #include "tools/eqrecord/Selection.h"
 #include "tools/eqrecord/XmlExport.h"
@@ -17,12 +18,13 @@ namespace {
 constexpr const char* footer =
     "xml makes parameter files FOLDER/NNN/NAME. The folder is there when the converter has made\n"
     "the same record of them: 'eqconvert FOLDER/*/*' gives it again.\n"
+    "netcdf is what eqrecord-netcdf makes, which may have to be installed.\n"
     "\n"
     "Status 0: exported; 2: not, as standard error tells, and nothing is left.\n"
     "\n"
     "Examples:\n"
     "  eqrecord export --format xml -o parameters EQ.record\n"
-    "  eqrecord export --format xml --band 4 -o band4 EQ.record";
+    "  eqrecord export --format netcdf --band 4 -o EQ_B4.nc EQ.record";
 
 int runXml(const Arguments& arguments, const Selection& selection) {
     if (arguments.output == "-") {
@@ -48,18 +50,28 @@ int runXml(const Arguments& arguments, const Selection& selection) {
 
 }  // namespace
 
-void addExport(CLI::App& app, Work& work) {
+void addExport(CLI::App& app, Work& work, std::span<char* const> given) {
     CLI::App& verb = addVerb(app, "export", "--format FORMAT -o PATH [OPTION...] RECORD",
                              "Write records in other formats");
     const auto arguments = std::make_shared<Arguments>();
     const auto selection = std::make_shared<Selection>();
     addRecords(verb, *arguments, false);
-    addFormat(verb, *arguments, {"xml"});
+    addOption(verb, "Output", "--format", "FORMAT", arguments->format, "netcdf or xml")
+        ->check(CLI::IsMember({"netcdf", "xml"}))
+        ->required();
+    addNetcdfKind(verb, *arguments);
     addOutput(verb, *arguments);
+    verb.get_option("-o")->option_text("PATH")->description(
+        "Write to this file, or folder of xml, which must\nbe new");
     selection->addTo(verb);
     addReading(verb, *arguments);
-    endVerb(verb, footer, [arguments, selection, &work] {
-        work = [arguments, selection] { return runXml(*arguments, *selection); };
+    endVerb(verb, footer, [arguments, selection, &work, given] {
+        work = [arguments, selection, given] {
+            if (arguments->format == "netcdf") {
+                becomeNetcdfProgram(given);
+            }
+            return runXml(*arguments, *selection);
+        };
     });
 }
 

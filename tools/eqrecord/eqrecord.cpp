@@ -5,6 +5,8 @@
 // Records are read by record/; here are the verbs, one file each, and what they have in common.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <span>
 
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/Arguments.h"
@@ -31,7 +33,8 @@ int runEqrecord(int argc, char** argv) {
     eqrecord::Work work;
     eqrecord::addInfo(app, work);
     eqrecord::addCheck(app, work);
-    eqrecord::addExport(app, work);
+    const std::span<char* const> given(argv, static_cast<std::size_t>(argc));
+    eqrecord::addExport(app, work, given.subspan(std::min<std::size_t>(given.size(), 2)));
     return companion::parseAndRun(app, version, argc, argv, [&] { return work(); });
 }
 
