@@ -30,6 +30,9 @@ int runXml(const Arguments& arguments, const Selection& selection) {
     if (arguments.output == "-") {
         throw companion::UsageError("--format xml needs -o FOLDER");
     }
+    if (arguments.netcdfKind != Arguments().netcdfKind) {
+        throw companion::UsageError("--netcdf-kind goes with --format netcdf");
+    }
     if (arguments.overwrites) {
         throw companion::UsageError("--overwrite: a folder is never replaced");
     }

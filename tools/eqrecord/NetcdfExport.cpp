@@ -85,12 +85,12 @@ void Export::choose() {
             detectors_.push_back(detector);
         }
     }
-    int nucTableId = 0;
+    std::int16_t nucTableId = 0;
     std::size_t count = 0;
     bool hasPixels = false;
     auto block = blocks_.begin();
     for (const record::File& file : record_.reading().files) {
-        nucTableId = file.nucTableId.value_or(static_cast<std::int16_t>(nucTableId));
+        nucTableId = file.nucTableId.value_or(nucTableId);
         for (; block != blocks_.end() && block->file == &file; ++block) {
             const record::Configuration& configuration = *block->configuration;
             const auto pixels = static_cast<std::size_t>(configuration.pixels);

@@ -6,12 +6,14 @@
 
 #include "tools/eqrecord/XmlExport.h"
 
+#include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <filesystem>
 #include <span>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "converter/Converter.h"
@@ -79,13 +81,19 @@ std::string numbered(std::size_t n, std::size_t count) {
     return std::string(width - digits.size(), '0') + digits;
 }
 
-/// Returns the path of the file.
+/// Makes a folder with the file, whose path it returns.
 std::string writeFile(OpenRecord& record, const ExportedFile& file, const std::string& folder) {
-    std::filesystem::create_directory(folder);
     std::string path = folder + '/' + file.file->name;
-    companion::OutputFile output(path, false);
-    writeParameterFile(record.reader(), record.reading(), file, output.stream());
-    output.commit();
+    try {
+        if (!std::filesystem::create_directory(folder)) {
+            throw std::system_error(EEXIST, std::generic_category());
+        }
+        companion::OutputFile output(path, false);
+        writeParameterFile(record.reader(), record.reading(), file, output.stream());
+        output.commit();
+    } catch (const std::system_error& error) {  // whose text may have the name as it is
+        throw std::system_error(error.code(), "cannot write " + placeOf(file));
+    }
     if (std::filesystem::file_size(path) > largestFile) {
         throw Inexpressible(placeOf(file) + ": it would be larger than what the converter reads");
     }
