@@ -7,7 +7,7 @@ import collections, functools, multiprocessing.pool, os, pathlib, subprocess, sy
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(ROOT / "tests/model"))
 import cases
-from records import BITS, DATES, NASTY, configuration, file, record
+from nasty_records import BITS, DATES, NASTY, configuration, file, record
 
 EQCONVERT, EQRECORD = map(os.path.abspath, sys.argv[1:3])
 

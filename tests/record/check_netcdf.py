@@ -5,7 +5,7 @@ import hashlib, os, pathlib, resource, shutil, subprocess, sys, tempfile, time
 
 import netCDF4, numpy
 
-from records import BITS, NASTY, configuration, file, record
+from nasty_records import BITS, NASTY, configuration, file, record
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 EQRECORD = os.path.abspath(sys.argv[1])

@@ -8,7 +8,7 @@ import numpy
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(ROOT / "python"))
 import eqrecord
-from records import BITS, DATES, NASTY, configuration, file, record
+from nasty_records import BITS, DATES, NASTY, configuration, file, record
 
 EQRECORD = os.path.abspath(sys.argv[1])
 QUARTER = struct.pack("<dh", 0.25, 0)
