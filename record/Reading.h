@@ -6,16 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "record/ByteOrder.h"
 #include "record/Layout.h"
 
 /// What a reader finds in a record: a plain description, with the vectors left where they are.
 /// Offsets count from the record's first byte; fields are cited by their number in Layout.h.
 namespace record {
-
-enum class ByteOrder { little, big };
-
-inline constexpr ByteOrder machineOrder =
-    std::endian::native == std::endian::little ? ByteOrder::little : ByteOrder::big;
 
 /// Fields 13 to 17 of one configuration.
 struct Configuration {

@@ -19,14 +19,6 @@ constexpr std::size_t judgedConfigurations = 64;
 constexpr std::uint64_t judgedBytes = ByteSource::windowSize;  // at both ends of the vectors
 constexpr long fillPoints = 1'000'000;                         // outweighs all subnormal numbers
 
-std::uint64_t swapped(std::uint64_t bits) {
-    std::uint64_t result = 0;
-    for (int i = 0; i < 8; ++i, bits >>= 8) {
-        result = result << 8 | (bits & 0xFF);
-    }
-    return result;
-}
-
 constexpr ByteOrder otherOrder(ByteOrder order) {
     return order == ByteOrder::little ? ByteOrder::big : ByteOrder::little;
 }

@@ -2,13 +2,14 @@
 // and each method is its group of fields in their forms. That the groups come in their order is the
 // caller's business, which the order of its own work makes it.
 //
-// Raw values are the bytes that the machine has in memory. On one with another byte order the
-// record has that order, and nothing in it says so.
+// Raw values are the bytes that the machine has in memory, and nothing in the record says so. Only
+// who puts a record of another machine together again asks for another order.
 
 #include "record/Writer.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <string>
 #include <type_traits>
 
@@ -30,9 +31,11 @@ std::string_view bytesOf(const T& value) {
     return bytesOf(std::span<const T>(&value, 1));
 }
 
+constexpr std::size_t pieceLength = 512;
+
 /// Fill values, to be written many at a time.
 constexpr auto fillValues = [] {
-    std::array<double, 512> values{};
+    std::array<double, pieceLength> values{};
     values.fill(fillValue);
     return values;
 }();
@@ -51,7 +54,7 @@ void Writer::fileCount(std::size_t count) {
 }
 
 void Writer::nucTableId(std::int16_t id) {
-    sink_.write(bytesOf(id));
+    int16(id);
 }
 
 void Writer::file(std::uint8_t band, std::string_view name) {
@@ -67,20 +70,20 @@ void Writer::configurationCount(std::uint8_t count) {
 void Writer::configuration(std::string_view label, double epsilon) {
     number(label.size(), field(13).fill);  // 13
     sink_.write(label);                    // 14
-    sink_.write(bytesOf(epsilon));         // 15
+    reals({&epsilon, 1});                  // 15
 }
 
 void Writer::pixels(std::int16_t pixels) {
-    sink_.write(bytesOf(pixels));
+    int16(pixels);
 }
 
 void Writer::vector(std::span<const double> values, std::int16_t pixels) {
     const auto wanted = static_cast<std::size_t>(std::max<std::int16_t>(pixels, 0));
     const std::span<const double> kept = values.first(std::min(values.size(), wanted));
-    sink_.write(bytesOf(kept));
+    reals(kept);
     for (std::size_t missing = wanted - kept.size(); missing > 0;) {
         const std::size_t count = std::min(missing, fillValues.size());
-        sink_.write(bytesOf(std::span<const double>(fillValues).first(count)));
+        reals(std::span<const double>(fillValues).first(count));
         missing -= count;
     }
 }
@@ -90,6 +93,27 @@ void Writer::number(std::size_t value, char fill) {
     std::string digits = std::to_string(value);
     digits.insert(0, numberWidth - std::min(numberWidth, digits.size()), fill);
     sink_.write(digits);
+}
+
+void Writer::int16(std::int16_t value) {
+    const auto bits = static_cast<std::uint16_t>(value);
+    sink_.write(bytesOf(order_ == machineOrder ? bits : swapped(bits)));
+}
+
+void Writer::reals(std::span<const double> values) {
+    if (order_ == machineOrder) {
+        sink_.write(bytesOf(values));
+        return;
+    }
+    std::array<std::uint64_t, pieceLength> piece{};
+    while (!values.empty()) {
+        const std::size_t count = std::min(values.size(), piece.size());
+        std::ranges::transform(values.first(count), piece.begin(), [](double value) {
+            return swapped(std::bit_cast<std::uint64_t>(value));
+        });
+        sink_.write(bytesOf(std::span<const std::uint64_t>(piece).first(count)));
+        values = values.subspan(count);
+    }
 }
 
 }  // namespace record

@@ -5,6 +5,7 @@
 #include <span>
 #include <string_view>
 
+#include "record/ByteOrder.h"
 #include "record/Sink.h"
 
 namespace record {
@@ -13,8 +14,8 @@ namespace record {
 /// a field.
 class Writer {
   public:
-    /// The sink is not owned and must outlive the writer.
-    explicit Writer(Sink& sink) : sink_(sink) {}
+    /// The sink is not owned and must outlive the writer. Raw values get this order.
+    explicit Writer(Sink& sink, ByteOrder order = machineOrder) : sink_(sink), order_(order) {}
 
     /// Fields 1 to 3: `type` is what follows the prefix of the file type.
     void begin(std::string_view type);
@@ -39,8 +40,11 @@ class Writer {
 
   private:
     void number(std::size_t value, char fill);
+    void int16(std::int16_t value);
+    void reals(std::span<const double> values);
 
     Sink& sink_;
+    ByteOrder order_;
 };
 
 }  // namespace record
