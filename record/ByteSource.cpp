@@ -11,7 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
+#include <optional>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -22,18 +22,6 @@ namespace {
 
 constexpr std::size_t spoolPiece = std::size_t{1} << 16;
 
-/// A file without a name, which is gone with its descriptor; -1 and errno when there is none.
-int openNameless() {
-    const char* const folder = std::getenv("TMPDIR");
-    std::string name = folder == nullptr || *folder == '\0' ? "/tmp" : folder;
-    name += "/eqrecord-XXXXXX";
-    const int descriptor = ::mkostemp(name.data(), O_CLOEXEC);
-    if (descriptor >= 0) {
-        ::unlink(name.c_str());
-    }
-    return descriptor;
-}
-
 /// Reads what comes next; 0 at the end, -1 and errno when that fails.
 ssize_t readSome(int descriptor, std::vector<char>& buffer) {
     ssize_t count = 0;
@@ -41,18 +29,6 @@ ssize_t readSome(int descriptor, std::vector<char>& buffer) {
         count = ::read(descriptor, buffer.data(), buffer.size());
     } while (count < 0 && errno == EINTR);
     return count;
-}
-
-bool writeAll(int descriptor, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
-        if (count > 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(count));
-        } else if (count == 0 || errno != EINTR) {
-            return false;
-        }
-    }
-    return true;
 }
 
 }  // namespace
@@ -73,6 +49,10 @@ ByteSource::ByteSource(std::string path, std::string_view bytes)
       size_(bytes.size()),
       window_(bytes.begin(), bytes.end()),
       windowLength_(bytes.size()) {}
+
+ByteSource::ByteSource(NamelessFile& file) : window_(windowSize) {
+    take(file);
+}
 
 ByteSource::~ByteSource() {
     if (descriptor_ > STDERR_FILENO) {
@@ -104,33 +84,28 @@ void ByteSource::open() {
 
 void ByteSource::spool() {
     std::vector<char> buffer(spoolPiece);
+    std::optional<NamelessFile> file;
     ssize_t count = readSome(descriptor_, buffer);
-    int spooled = -1;
-    // The file is made with the first bytes: an empty input, or a folder, needs none.
     for (; count > 0; count = readSome(descriptor_, buffer)) {
-        if (spooled < 0) {
-            spooled = openNameless();
+        // Made with the first bytes: an empty input, or a folder, needs none.
+        if (!file) {
+            file.emplace();
         }
-        const std::string_view piece(buffer.data(), static_cast<std::size_t>(count));
-        if (spooled < 0 || !writeAll(spooled, piece)) {
-            const int error = errno;
-            ::close(spooled);
-            throw std::system_error(error, std::generic_category(),
-                                    path_ + ": cannot be copied to a file in TMPDIR");
-        }
-        size_ += piece.size();
+        file->append({buffer.data(), static_cast<std::size_t>(count)});
     }
     if (count < 0) {
-        const int error = errno;
-        ::close(spooled);
-        errno = error;
         fail();
     }
-    if (spooled >= 0) {
-        const int given = std::exchange(descriptor_, spooled);
-        if (given > STDERR_FILENO) {
-            ::close(given);
-        }
+    if (file) {
+        take(*file);
+    }
+}
+
+void ByteSource::take(NamelessFile& file) {
+    size_ = file.size();
+    const int given = std::exchange(descriptor_, file.release());
+    if (given > STDERR_FILENO) {
+        ::close(given);
     }
 }
 

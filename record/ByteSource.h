@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "record/NamelessFile.h"
+
 namespace record {
 
 /// The bytes of a file, of which only those are read that are asked for. What is no file, such as a
@@ -20,6 +22,8 @@ class ByteSource {
     explicit ByteSource(std::string path);
     /// A source of bytes that are in memory.
     static ByteSource ofBytes(std::string_view bytes) { return ByteSource("", bytes); }
+    /// A source of what was written to a file, whose descriptor it takes.
+    static ByteSource ofFile(NamelessFile& file) { return ByteSource(file); }
     ByteSource(const ByteSource&) = delete;
     ByteSource& operator=(const ByteSource&) = delete;
     ~ByteSource();
@@ -35,10 +39,12 @@ class ByteSource {
 
   private:
     ByteSource(std::string path, std::string_view bytes);
+    explicit ByteSource(NamelessFile& file);
     [[noreturn]] void fail() const;
     void open();
     /// Copies what the descriptor gives to a file, which takes its place.
     void spool();
+    void take(NamelessFile& file);
     /// Reads until the length is there or the file ends; returns what is there.
     std::size_t readAt(std::uint64_t offset, char* target, std::size_t length) const;
 
