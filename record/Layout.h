@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <string_view>
 
@@ -73,5 +75,10 @@ inline constexpr int kindCount = static_cast<int>(kindNames.size());
 
 /// What fills up a vector: a quiet NaN of the bits 0x7FF8000000000000.
 inline constexpr double fillValue = std::numeric_limits<double>::quiet_NaN();
+
+/// Whether a value is that one to the bit.
+constexpr bool isFill(double value) {
+    return std::bit_cast<std::uint64_t>(value) == std::bit_cast<std::uint64_t>(fillValue);
+}
 
 }  // namespace record
