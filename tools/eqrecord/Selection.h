@@ -31,6 +31,8 @@ class Selection {
     /// The same of a file without configurations, which is not taken for one of these.
     bool takesEmptyFile(const record::File& file, std::size_t number) const;
     bool takesConfiguration(const record::Configuration& configuration) const;
+    /// Whether there are configurations that it doesn't take.
+    bool choosesConfigurations() const { return !labels_.empty(); }
     /// `kind` is from 0 to 3.
     bool takesKind(int kind) const;
     /// `detector` is from 1 to 12.

@@ -11,6 +11,7 @@
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/Arguments.h"
 #include "tools/eqrecord/Check.h"
+#include "tools/eqrecord/Dump.h"
 #include "tools/eqrecord/Export.h"
 #include "tools/eqrecord/Info.h"
 
@@ -35,6 +36,7 @@ int runEqrecord(int argc, char** argv) {
     eqrecord::addCheck(app, work);
     const std::span<char* const> given(argv, static_cast<std::size_t>(argc));
     eqrecord::addExport(app, work, given.subspan(std::min<std::size_t>(given.size(), 2)));
+    eqrecord::addDump(app, work);
     return companion::parseAndRun(app, version, argc, argv, [&] { return work(); });
 }
 

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "tools/eqrecord/Arguments.h"
+
+namespace eqrecord {
+
+/// Adds the verb `dump`: all that stands in a record. Given on the command line, it sets `work`.
+void addDump(CLI::App& app, Work& work);
+
+}  // namespace eqrecord
