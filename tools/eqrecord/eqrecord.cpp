@@ -10,6 +10,7 @@
 
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/Arguments.h"
+#include "tools/eqrecord/Build.h"
 #include "tools/eqrecord/Check.h"
 #include "tools/eqrecord/Dump.h"
 #include "tools/eqrecord/Export.h"
@@ -37,6 +38,7 @@ int runEqrecord(int argc, char** argv) {
     const std::span<char* const> given(argv, static_cast<std::size_t>(argc));
     eqrecord::addExport(app, work, given.subspan(std::min<std::size_t>(given.size(), 2)));
     eqrecord::addDump(app, work);
+    eqrecord::addBuild(app, work);
     return companion::parseAndRun(app, version, argc, argv, [&] { return work(); });
 }
 

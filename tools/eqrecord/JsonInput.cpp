@@ -1,0 +1,64 @@
+#include "tools/eqrecord/JsonInput.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace eqrecord {
+
+namespace {
+
+constexpr std::size_t bufferSize = std::size_t{1} << 18;
+
+/// Standard input is not ours to close.
+int keepOpen(std::FILE*) {
+    return 0;
+}
+
+}  // namespace
+
+JsonInput::JsonInput(std::string path)
+    : path_(std::move(path)), buffer_(bufferSize), isMore_(true) {
+    const bool isInput = path_ == "-";
+    file_ = {isInput ? stdin : std::fopen(path_.c_str(), "rbe"), isInput ? keepOpen : std::fclose};
+    if (!file_) {
+        fail();
+    }
+    std::setvbuf(file_.get(), nullptr, _IONBF, 0);
+}
+
+void JsonInput::fail() const {
+    throw std::system_error(errno, std::generic_category(), path_);
+}
+
+/// Fills the buffer with what follows the bytes that are left.
+void JsonInput::fill() {
+    std::copy(left_.begin(), left_.end(), buffer_.begin());
+    char* const behind = buffer_.data() + left_.size();
+    const std::size_t room = buffer_.size() - left_.size();
+    const std::size_t count = std::fread(behind, 1, room, file_.get());
+    if (count < room && std::ferror(file_.get()) != 0) {
+        fail();
+    }
+    isMore_ = count == room;
+    left_ = {buffer_.data(), left_.size() + count};
+}
+
+void JsonInput::skip(std::size_t count) {
+    const std::string_view skipped = left_.substr(0, count);
+    left_.remove_prefix(count);
+    if (const std::size_t newline = skipped.rfind('\n'); newline != std::string_view::npos) {
+        line_ += static_cast<std::size_t>(std::ranges::count(skipped, '\n'));
+        column_ = 0;
+        count -= newline + 1;
+    }
+    column_ += count;
+}
+
+std::string JsonInput::place() const {
+    return "line " + std::to_string(line_) + ", column " +
+           std::to_string(std::max<std::size_t>(column_, 1));
+}
+
+}  // namespace eqrecord
