@@ -2,7 +2,7 @@
 # Writes the seeds of the fuzzers, one folder each, made from the data of the tests:
 #   make_seeds.py FOLDER
 # The layout of each fuzzer's input is told above its LLVMFuzzerTestOneInput.
-import contextlib, pathlib, re, sys
+import contextlib, json, pathlib, re, sys
 
 root = pathlib.Path(__file__).resolve().parent.parent
 sys.path.append(str(root / "tests/program"))
@@ -102,7 +102,20 @@ def record():
     yield (prologue + b" 1\7\0" + file + block) * 2
 
 
-for make in (base, convert, encoding, escape, lint, load, record, save, streams):
+# JSON of records: with all kinds of values, and without pixels but with all that headers may hold.
+def build():
+    vectors = [[1, -0.0, 1.5e-300], ["inf", None, "0xfff8000000000123"]] + [None] * 10
+    block = {"label": "ALL", "epsilon": 0.5, "pixels": 3, **{f"COEFF_{kind}": vectors for kind in ("A1", "A2", "ZS", "D")}}
+    empty = {"pixels": 0, "epsilon": "-inf", **{f"COEFF_{kind}": [[]] * 12 for kind in ("D", "ZS", "A2", "A1")}, "label": {"hex": "ff"}}
+    file = {"nuc_table_id": 7, "band": 4, "name": "EQ_B4.xml", "configurations_counted": 1, "configurations": [block]}
+    files = [{"nuc_table_id": -7, "band": 255, "configurations": [empty] * 3, "name": {"hex": "e9"}, "configurations_counted": 44}] * 2
+    for order, these, indent in (("little", [file], None), ("big", files, None), ("little", files, 1)):
+        dates = {key: "2015-06-23T10:00:00" for key in ("creation_date", "applicability_start", "applicability_end")}
+        yield json.dumps({"schema": "eqrecord-1", "byte_order": order, "file_type": "VORN/_EQ", **dates, "files_counted": len(these),
+                          "files": these}, indent=indent).encode()
+
+
+for make in (base, build, convert, encoding, escape, lint, load, record, save, streams):
     folder = pathlib.Path(sys.argv[1]) / make.__name__
     folder.mkdir(parents=True, exist_ok=True)
     for number, seed in enumerate(make()):

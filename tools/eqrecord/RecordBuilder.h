@@ -24,6 +24,7 @@ class RecordBuilder {
     record::Reading& reading() { return reading_; }
     record::File& file() { return reading_.files.back(); }
     record::Configuration& configuration() { return file().configurations.back(); }
+    record::ByteOrder order() const { return order_; }
     void setOrder(record::ByteOrder order) { order_ = order; }
 
     void beginFile();
