@@ -8,7 +8,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(ROOT / "tests/model"))
 import cases
 
-EQCONVERT, EQRECORD = map(os.path.abspath, sys.argv[1:])
+EQCONVERT, EQRECORD = map(os.path.abspath, sys.argv[1:3])
 SCHEMA = jsonschema.Draft202012Validator(json.loads((ROOT / "docs/eqrecord-info-1.schema.json").read_text()))
 DATES = ["2015-06-23T10:00:00", "2015-07-01T00:00:00", "2030-12-31T23:59:59"]
 NAN = 0x7FF8000000000000
@@ -369,6 +369,7 @@ def main():
     print(f"{len(SETS)} sets, {len(sample)} cuts of the sample, {flips} wrong bytes")
 
 
-with tempfile.TemporaryDirectory() as folder:
-    os.chdir(folder)
-    main()
+if __name__ == "__main__":
+    with tempfile.TemporaryDirectory() as folder:
+        os.chdir(folder)
+        main()
