@@ -4,6 +4,7 @@
 #include "tools/eqrecord/Arguments.h"
 
 #include <algorithm>
+#include <cmath>
 #include <system_error>
 
 #include "lint/Printable.h"
@@ -29,6 +30,18 @@ CLI::App& addVerb(CLI::App& app, const char* name, const std::string& usage, con
     CLI::App& verb = *app.add_subcommand(name, text);
     companion::prepare(verb, usage);
     return verb;
+}
+
+CLI::Validator finiteNumber(bool isAboveZero) {
+    return {[isAboveZero](const std::string& text) -> std::string {
+                double value = 0;
+                const bool isNumber = CLI::detail::lexical_cast(text, value);
+                if (isNumber && std::isfinite(value) && (isAboveZero ? value > 0 : value >= 0)) {
+                    return "";
+                }
+                return text + " is no finite number " + (isAboveZero ? "above 0" : "from 0 on");
+            },
+            ""};
 }
 
 void endVerb(CLI::App& verb, const char* footer, const std::function<void()>& onGiven) {

@@ -43,6 +43,8 @@ CLI::Option* addOption(CLI::App& verb, const char* group, const char* name, cons
         ->option_text(valueName)
         ->group(group);
 }
+/// Checks that the value of an option is a finite number: above 0, or at least 0.
+CLI::Validator finiteNumber(bool isAboveZero);
 /// Adds what comes last: --help, the footer, and what the verb does when it is given.
 void endVerb(CLI::App& verb, const char* footer, const std::function<void()>& onGiven);
 /// Adds the records, one or any number of them.

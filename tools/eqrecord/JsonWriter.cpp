@@ -120,6 +120,13 @@ std::string bitsOf(double value) {
     return "0x" + std::string(16 - digits.size(), '0') + digits;
 }
 
+std::string roundedOf(double value, int digits) {
+    std::array<char, 32> text{};
+    const auto result = std::to_chars(text.data(), text.data() + text.size(), value,
+                                      std::chars_format::general, digits);
+    return {text.data(), result.ptr};
+}
+
 std::string hexOf(std::string_view bytes, std::string_view between) {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string result;

@@ -56,6 +56,8 @@ class JsonWriter {
 std::string decimalOf(double value);
 /// The bits of a real, "0x7ff8000000000123".
 std::string bitsOf(double value);
+/// A number rounded to so many digits, without zeros at the end.
+std::string roundedOf(double value, int digits);
 /// Bytes in hexadecimal digits, two each, with `between` between two bytes.
 std::string hexOf(std::string_view bytes, std::string_view between = "");
 /// A number as "0x1f".
