@@ -8,8 +8,8 @@ namespace eqrecord {
 /// even number of them. Changes their order. Requires: !values.empty()
 double medianOf(std::span<double> values);
 
-/// The median absolute deviation: the median of the distances from the median. Changes the values.
-/// Requires the same, and that no distance is beyond the largest number.
+/// The median absolute deviation: the median of the distances from the median. A distance may be
+/// too large for a number, never the median of them. Changes the values. Requires the same.
 double medianDeviationOf(std::span<double> values);
 
 }  // namespace eqrecord

@@ -15,6 +15,7 @@
 #include "tools/eqrecord/Dump.h"
 #include "tools/eqrecord/Export.h"
 #include "tools/eqrecord/Info.h"
+#include "tools/eqrecord/Stats.h"
 
 namespace {
 
@@ -39,6 +40,7 @@ int runEqrecord(int argc, char** argv) {
     eqrecord::addExport(app, work, given.subspan(std::min<std::size_t>(given.size(), 2)));
     eqrecord::addDump(app, work);
     eqrecord::addBuild(app, work);
+    eqrecord::addStats(app, work);
     return companion::parseAndRun(app, version, argc, argv, [&] { return work(); });
 }
 

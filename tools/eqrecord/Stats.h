@@ -1,0 +1,13 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "tools/eqrecord/Arguments.h"
+
+namespace eqrecord {
+
+/// Adds the verb `stats`: figures of a record's vectors, and their outliers. Given on the command
+/// line, it sets `work`.
+void addStats(CLI::App& app, Work& work);
+
+}  // namespace eqrecord
