@@ -4,7 +4,7 @@ made and of generated ones, of values that are hard to write, of what is left of
 is no record. usage: check_dump.py EQCONVERT EQRECORD [CASES]"""
 import csv, io, itertools, json, jsonschema, multiprocessing, os, pathlib, random, re, struct, subprocess, sys, tempfile
 
-import check_reader as reader
+import check_reader as reader, records
 from check_reader import EQCONVERT, EQRECORD, ROOT, SETS, cases, fields_of
 
 SCHEMA = jsonschema.Draft202012Validator(json.loads((ROOT / "docs/eqrecord-1.schema.json").read_text()))
@@ -45,7 +45,7 @@ def built(text, wanted, what):
 # The bits of a real as JSON has it, or of a value of a table: a decimal, bits, or nothing.
 def bits_of(real):
     if real is None or real == "":
-        return reader.NAN
+        return records.NAN
     if isinstance(real, str) and real.startswith("0x"):
         return int(real, 16)
     return struct.unpack("<Q", struct.pack("<d", float(real)))[0]
@@ -64,15 +64,15 @@ def encoded(value):
         parts.extend(struct.pack(order + form, of[key]) for key, form in formats.items() if key in of)
 
     if "file_type" in value:
-        parts += [b"ZEDA", reader.numbered(text("file_type"), " "), text("file_type")]
+        parts += [b"ZEDA", records.numbered(text("file_type"), " "), text("file_type")]
     parts += [text(key) for key in ("creation_date", "applicability_start", "applicability_end")]
-    parts += [reader.numbered(value["files_counted"], " ")] if "files_counted" in value else []
+    parts += [records.numbered(value["files_counted"], " ")] if "files_counted" in value else []
     for file in value["files"]:
         add(file, nuc_table_id="h", band="B")
-        parts += [reader.numbered(text("name", file), "0"), text("name", file)]
+        parts += [records.numbered(text("name", file), "0"), text("name", file)]
         add(file, configurations_counted="B")
         for configuration in file["configurations"]:
-            parts += [reader.numbered(text("label", configuration), "0"), text("label", configuration)]
+            parts += [records.numbered(text("label", configuration), "0"), text("label", configuration)]
             if "epsilon" in configuration:
                 parts.append(struct.pack(order + "Q", bits_of(configuration["epsilon"])))
             add(configuration, pixels="h")
@@ -108,7 +108,7 @@ def check_table(name, content, value, *options):
             vectors = [[vector or fill for vector in configuration[kind]] for kind in KINDS]
             for d, p in itertools.product(range(12), range(configuration["pixels"])):
                 row = [bits_of(vectors[kind][d][p]) for kind in range(4)]
-                if row != [reader.NAN] * 4:
+                if row != [records.NAN] * 4:
                     wanted.append([str(f), str(file["band"]), str(d + 1), str(p + 1), *row])
     assert rows[0] == "file,band,name,configuration,detector,pixel,a1,a2,zs,d".split(","), rows[0]
     assert [row[:2] + row[4:6] + [bits_of(real) for real in row[6:]] for row in rows[1:]] == wanted, name

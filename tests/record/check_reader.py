@@ -6,12 +6,11 @@ import itertools, json, jsonschema, os, pathlib, struct, subprocess, sys, tempfi
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.append(str(ROOT / "tests/model"))
-import cases
+import cases, records
 
 EQCONVERT, EQRECORD = map(os.path.abspath, sys.argv[1:3])
 SCHEMA = jsonschema.Draft202012Validator(json.loads((ROOT / "docs/eqrecord-info-1.schema.json").read_text()))
-DATES = ["2015-06-23T10:00:00", "2015-07-01T00:00:00", "2030-12-31T23:59:59"]
-NAN = 0x7FF8000000000000
+DATES = list(records.DATES.values())
 
 
 # A file: (name, NUC table, [(label, P)]), and how many configurations after which its blocks are lost.
@@ -41,30 +40,20 @@ SETS = {
 }
 
 
-def numbered(text, fill):
-    return str(len(text) if isinstance(text, bytes) else text).rjust(2, fill).encode()
-
-
 # The fields as (number, bytes, file, configuration), in either byte order.
 def fields_of(files, order="<"):
-    fields = [(1, b"ZEDA", 0, 0), (2, b"14", 0, 0), (3, b"VORN/_EQ_TABLE", 0, 0)]
-    fields += [(4 + i, date.encode(), 0, 0) for i, date in enumerate(DATES)] + [(7, numbered(len(files), " "), 0, 0)]
-    last = -1
+    made, last = [], -1
     for f, (name, nuc, configurations, lost) in enumerate(files, 1):
+        file = {"band": f, "name": name, "configurations_counted": len(configurations) % 256, "configurations": []}
         if last < 0:
-            last = (nuc + 32768) % 65536 - 32768
-            fields.append((8, struct.pack(order + "h", last), f, 0))
-        name = name.encode()
-        fields += [(9, bytes([f]), f, 0), (10, numbered(name, "0"), f, 0), (11, name, f, 0),
-                   (12, bytes([len(configurations) % 256]), f, 0)]
-        for c, (label, pixels) in enumerate(configurations[:lost], 1):
+            last = file["nuc_table_id"] = (nuc + 32768) % 65536 - 32768
+        for label, pixels in configurations[:lost]:
             values = [f + kind / 8 + p / 1024 for kind in range(4) for d in range(12) for p in range(pixels)]
             bits = struct.unpack(f"<{len(values)}Q", struct.pack(f"<{len(values)}d", *values))
-            bits = [b if i // max(pixels, 1) % 12 == 0 else NAN for i, b in enumerate(bits)]
-            fields += [(13, numbered(label.encode(), "0"), f, c), (14, label.encode(), f, c),
-                       (15, struct.pack(order + "d", f / 4), f, c), (16, struct.pack(order + "h", pixels), f, c),
-                       (17, struct.pack(f"{order}{len(bits)}Q", *bits), f, c)]
-    return fields
+            bits = [b if i // max(pixels, 1) % 12 == 0 else records.NAN for i, b in enumerate(bits)]
+            file["configurations"].append({"label": label, "epsilon": f / 4, "pixels": pixels, "bits": bits})
+        made.append(file)
+    return records.fields_of({"files": made}, order)
 
 
 # The same as a parameter file for the converter.
