@@ -38,6 +38,24 @@ class JsonWriter {
     /// An array of them.
     void realArray(std::span<const double> values);
 
+    /// The same with a key before the value.
+    void text(std::string_view name, std::string_view value) {
+        key(name);
+        text(value);
+    }
+    void number(std::string_view name, std::uint64_t value) {
+        key(name);
+        number(value);
+    }
+    void real(std::string_view name, double value) {
+        key(name);
+        real(value);
+    }
+    void boolean(std::string_view name, bool value) {
+        key(name);
+        boolean(value);
+    }
+
   private:
     void begin(char bracket);
     void end(char bracket);

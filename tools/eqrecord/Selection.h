@@ -44,6 +44,8 @@ class Selection {
         std::size_t count = 0;
     };
     Pixels pixelsOf(std::size_t pixels) const;
+    /// Whether files or configurations are chosen by an option.
+    bool choosesBlocks() const { return !files_.empty() || !bands_.empty() || !labels_.empty(); }
     /// Whether all is selected.
     bool isAll() const;
     /// Whether all is selected of the configurations that are.
@@ -56,8 +58,6 @@ class Selection {
         std::size_t first = 0;
         std::size_t last = 0;
     };
-
-    bool choosesBlocks() const { return !files_.empty() || !bands_.empty() || !labels_.empty(); }
 
     std::vector<Range> files_;
     std::vector<Range> bands_;

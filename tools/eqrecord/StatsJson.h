@@ -22,8 +22,6 @@ class StatsJson : public StatsReport {
   private:
     void writeVector(const VectorStats& vector);
     void writeOutliers(const std::vector<Outlier>& outliers);
-    void writeText(std::string_view key, std::string_view text);
-    void writeNumber(std::string_view key, std::size_t number);
 
     std::ostream& out_;
     JsonWriter json_;

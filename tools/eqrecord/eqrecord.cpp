@@ -12,6 +12,7 @@
 #include "tools/eqrecord/Arguments.h"
 #include "tools/eqrecord/Build.h"
 #include "tools/eqrecord/Check.h"
+#include "tools/eqrecord/Diff.h"
 #include "tools/eqrecord/Dump.h"
 #include "tools/eqrecord/Export.h"
 #include "tools/eqrecord/Info.h"
@@ -40,6 +41,7 @@ int runEqrecord(int argc, char** argv) {
     eqrecord::addExport(app, work, given.subspan(std::min<std::size_t>(given.size(), 2)));
     eqrecord::addDump(app, work);
     eqrecord::addBuild(app, work);
+    eqrecord::addDiff(app, work);
     eqrecord::addStats(app, work);
     return companion::parseAndRun(app, version, argc, argv, [&] { return work(); });
 }

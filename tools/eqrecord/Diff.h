@@ -1,0 +1,12 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "tools/eqrecord/Arguments.h"
+
+namespace eqrecord {
+
+/// Adds the verb `diff`: what two records differ in. Given on the command line, it sets `work`.
+void addDiff(CLI::App& app, Work& work);
+
+}  // namespace eqrecord
