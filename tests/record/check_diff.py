@@ -341,6 +341,9 @@ band 4, ALL, COEFF_D: 2 of 6 values differ, greatest |a-b| 1e-06 and relative 6.
         pathlib.Path("other").write_bytes(records.bytes_of(other))
         done = run(*words, "base", "other")
         assert done.returncode == bool(text) and done.stdout.decode() == text, done
+    tiny = [records.bytes_of(made((4, "A.xml", [("ALL", [bits])]))) for bits in (1, SIGN | 1)]
+    [pathlib.Path(path).write_bytes(content) for path, content in zip(("one", "other"), tiny)]
+    assert run("--rel", "1.5", "one", "other").returncode == 1 and run("--rel", "2", "one", "other").returncode == 0
     whole = records.bytes_of(base)
     pathlib.Path("other").write_bytes(records.bytes_of(base, ">"))
     pathlib.Path("cut").write_bytes(whole[:-8])

@@ -53,16 +53,17 @@ def figures_of(values):
         return counts, [None if figure is None else float(figure) for figure in figures]
 
 
-def check_figures(vectors):
+def check_figures(vectors, *options, first=1):
     # What is next to nothing, compared to what it is a difference of, has its last digits from that.
     def is_close(found, wanted, spread):
         if found is None or wanted is None or wanted == float(found):
             return found is wanted is None or wanted == float(found)
         return abs(found - wanted) <= 1e-12 * abs(wanted) + 1e-16 * spread
 
-    for found, vector in zip(stats_of(vectors), vectors):
-        counts, figures = figures_of(vector)
-        counts[1] += max(map(len, vectors)) - len(vector)
+    for found, vector in zip(stats_of(vectors, *options), vectors):
+        counts, figures = figures_of(numpy.where(numpy.arange(len(vector)) < first - 1, NAN, vector))
+        counts[1] = max(map(len, vectors)) - first + 1 - counts[0] - counts[2]
+        counts[3] = max(counts[3] - first + 1, 0)
         assert [found[name] for name in COUNTS] == counts, (found, counts)
         assert all(is_close(found[name], figure, figures[4]) for name, figure in zip(FIGURES, figures)), (found, figures, vector)
 
@@ -96,12 +97,13 @@ def check_steps():
     pixel = numpy.arange(2592)
     vectors = 1 + 0.1 * pixel / 2592 + 0.01 * (pixel % 2) + rng.normal(0, 0.002, (48, 2592))
     assert not any(found["outliers"] for found in stats_of(vectors, "--fail-on-outliers"))
-    at = rng.integers(0, 2592, 12)
+    at = rng.integers(5, 2587, 12)
     vectors[range(12), at] += 0.04
     found = stats_of(vectors, "--outliers")
     assert [[outlier["pixel"] for outlier in part["outliers"]] for part in found] == [[i + 1] for i in at] + [[]] * 36
-    seen = stats_of(vectors, "--outliers", "--detector", "3", "--kind", "A1", "--pixel", f"{at[2] + 1}-{at[2] + 5}")
-    assert [part["outliers"] for part in seen] == [found[2]["outliers"]] and seen[0]["length"] == min(5, 2592 - at[2]), seen
+    for pixels, seen in ((f"{at[2] + 1}-{at[2] + 5}", found[2]["outliers"]), (f"{at[2] - 4}-{at[2]}", [])):
+        part, = stats_of(vectors, "--outliers", "--detector", "3", "--kind", "A1", "--pixel", pixels)
+        assert part["outliers"] == seen and part["length"] == 5, part
 
 
 def made_vectors():
@@ -150,6 +152,7 @@ def main():
     vectors = list(made_vectors())
     for start in range(0, len(vectors), 48):
         check_figures(vectors[start:start + 48])
+        check_figures(vectors[start:start + 48], "--pixel", "4-32767", first=4)
     assert stats_of([])[0]["mean"] is None
     counts = [check_outliers(vectors[-40:], *rule) for rule in ((6, 24), (3, 24), (1.5, 2), (2, 7), (0.5, 32767))]
     check_steps()

@@ -1,7 +1,8 @@
-// Sums are those of the distances from the mean, so that what the values have in common takes no
-// digits of what they differ in. A mean is only as exact as its sum, so it is found in two steps.
-// Values are scaled by a power of two, which changes no digit, to keep squares within the range of
-// numbers; the medians need no sums and are those of the values as they are.
+// Sums of squares are those of the distances from the mean, so that what the values have in common
+// takes no digits of what they differ in; where they differ in their last digits only, what the
+// mean is rounded by counts, too. Values are scaled by a power of two, which changes no digit, to
+// keep squares within the range of numbers; the medians need no sums and are those of the values as
+// they are.
 
 #include "tools/eqrecord/Figures.h"
 
@@ -40,14 +41,6 @@ struct Moments {
     std::optional<double> oddLessEven;
 };
 
-double meanOf(std::span<const double> values, double offset) {
-    Sum sum;
-    for (const double value : values) {
-        sum.add(value - offset);
-    }
-    return offset + sum.mean();
-}
-
 /// Of finite values, at least one of which is not 0, split into those of odd and even pixels.
 Moments momentsOf(const std::array<std::vector<double>, 2>& byParity, double largest) {
     const double scale = std::ldexp(1, std::min(-std::ilogb(largest), 1023));
@@ -56,7 +49,11 @@ Moments momentsOf(const std::array<std::vector<double>, 2>& byParity, double lar
         std::ranges::transform(part, std::back_inserter(scaled),
                                [&](double value) { return value * scale; });
     }
-    const double mean = meanOf(scaled, meanOf(scaled, 0));
+    Sum sum;
+    for (const double value : scaled) {
+        sum.add(value);
+    }
+    const double mean = sum.mean();
     std::array<Sum, 2> distances;
     Sum squares;
     for (std::size_t i = 0; i < scaled.size(); ++i) {
@@ -65,7 +62,7 @@ Moments momentsOf(const std::array<std::vector<double>, 2>& byParity, double lar
         squares.add(distance * distance);
     }
     const auto count = static_cast<double>(scaled.size());
-    // 0 but for what the mean is rounded by.
+    // What the mean is rounded by.
     const double shift = (distances[0].value() + distances[1].value()) / count;
     Moments moments;
     moments.mean = mean / scale;
