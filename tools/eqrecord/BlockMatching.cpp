@@ -1,3 +1,7 @@
+// Pairs are found by key and then brought into an order that both records have a part in: that of A
+// alone would make the listing of A and B another one than that of B and A. Where both have their
+// blocks in the same order, as is usual, it is theirs.
+
 #include "tools/eqrecord/BlockMatching.h"
 
 #include <algorithm>
@@ -21,7 +25,7 @@ Key keyOf(const Block& block, Match match) {
         return {block.fileNumber, "", block.configurationNumber, ""};
     }
     const std::string_view label = isFile ? std::string_view() : block.configuration->label;
-    const std::size_t level = isFile ? 0 : 1;
+    const std::size_t level = isFile ? 0 : 1;  // a configuration may have an empty label
     return match == Match::band ? Key{block.file->band, "", level, label}
                                 : Key{0, block.file->name, level, label};
 }
@@ -54,37 +58,44 @@ auto orderOf(const BlockPair& pair) {
         {positionOf(pair.a ? *pair.a : *pair.b), positionOf(pair.b ? *pair.b : *pair.a)});
 }
 
+/// Blocks of both records that have the same key.
+struct Candidates {
+    std::vector<Block> ofA;
+    std::vector<Block> ofB;
+};
+
+void appendPairs(const Candidates& candidates, std::vector<BlockPair>& pairs) {
+    const auto& [ofA, ofB] = candidates;
+    for (std::size_t i = 0; i < std::max(ofA.size(), ofB.size()); ++i) {
+        BlockPair& pair = pairs.emplace_back();
+        pair.occurrence = i + 1;
+        if (i < ofA.size()) {
+            pair.a = ofA[i];
+        }
+        if (i < ofB.size()) {
+            pair.b = ofB[i];
+        }
+    }
+}
+
 }  // namespace
 
 std::vector<BlockPair> matchBlocks(const record::Reading& a, const record::Reading& b,
                                    const Selection& selection, Match match) {
-    // In the order of their keys, so that pairs of the same positions have one.
-    std::map<Key, std::pair<std::vector<Block>, std::vector<Block>>> byKey;
-    bool isAny = false;
+    // A map without order would leave pairs of the same positions in one that depends on chance.
+    std::map<Key, Candidates> byKey;
     for (const Block& block : blocksOf(a, selection)) {
-        byKey[keyOf(block, match)].first.push_back(block);
-        isAny = isAny || block.configuration != nullptr;
+        byKey[keyOf(block, match)].ofA.push_back(block);
     }
     for (const Block& block : blocksOf(b, selection)) {
-        byKey[keyOf(block, match)].second.push_back(block);
-        isAny = isAny || block.configuration != nullptr;
-    }
-    if (!isAny && selection.choosesBlocks()) {
-        throw companion::UsageError("no configuration of either record is selected");
+        byKey[keyOf(block, match)].ofB.push_back(block);
     }
     std::vector<BlockPair> pairs;
-    for (const auto& [key, blocks] : byKey) {
-        const auto& [ofA, ofB] = blocks;
-        for (std::size_t i = 0; i < std::max(ofA.size(), ofB.size()); ++i) {
-            BlockPair& pair = pairs.emplace_back();
-            pair.occurrence = i + 1;
-            if (i < ofA.size()) {
-                pair.a = ofA[i];
-            }
-            if (i < ofB.size()) {
-                pair.b = ofB[i];
-            }
-        }
+    for (const auto& [key, candidates] : byKey) {
+        appendPairs(candidates, pairs);
+    }
+    if (selection.choosesBlocks() && std::ranges::all_of(pairs, &BlockPair::isFile)) {
+        throw companion::UsageError("no configuration of either record is selected");
     }
     std::ranges::stable_sort(pairs, {}, orderOf);
     return pairs;

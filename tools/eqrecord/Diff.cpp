@@ -1,3 +1,6 @@
+// Both records are opened before anything is written: whatever is wrong with one of them is
+// trouble, not a difference.
+
 #include "tools/eqrecord/Diff.h"
 
 #include <algorithm>
@@ -83,6 +86,7 @@ int tellDiff(DiffArguments& arguments) {
     return totals.isSame() ? companion::nothingFound : companion::somethingFound;
 }
 
+/// Left to itself, an option takes -1 for the largest number that there is.
 CLI::Validator wholeNumber() {
     return CLI::Range(std::int64_t{0}, std::numeric_limits<std::int64_t>::max());
 }

@@ -1,5 +1,6 @@
 // Variables are written as they come, since there are as many as the records have, and what else
-// differs is kept for the end.
+// differs is kept for the end. Keys that belong to one record end in a or b, so that whoever reads
+// can exchange the records by their names.
 
 #include "tools/eqrecord/DiffJson.h"
 
@@ -10,10 +11,12 @@ namespace eqrecord {
 
 namespace {
 
+/// The record that lacks what the other has.
 std::string_view lackingOf(const BlockPair& pair) {
     return pair.a ? "b" : "a";
 }
 
+/// Writes the value of a field; null for what is not there.
 struct FieldJson {
     JsonWriter& json;
     void operator()(std::monostate /*unused*/) const { json.real(record::fillValue); }
@@ -54,6 +57,7 @@ void DiffJson::writeVariable(const BlockPair& pair, int kind, const ValueDiffere
     writeKind(pair, kind, differences);
 }
 
+// Also among the variables, so that a reader who only looks at those does not take them for all.
 void DiffJson::writeMissing(const BlockPair& pair) {
     missing_.push_back(pair);
     const ValueDifferences none(options_.tolerance, 0);

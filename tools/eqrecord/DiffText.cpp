@@ -1,3 +1,7 @@
+// Every line says where it belongs, so that one found by a search needs no other. Values are
+// written with all their digits, as differences may be in the last; how far apart they are is
+// rounded.
+
 #include "tools/eqrecord/DiffText.h"
 
 #include <algorithm>
@@ -26,6 +30,7 @@ std::string valueText(double value) {
     return std::isnan(value) && !isFill ? "nan(" + hexNumber(bits) + ')' : decimalOf(value);
 }
 
+/// Fields of text are a record's bytes, which a terminal must not get as they are.
 struct FieldText {
     std::string operator()(std::monostate /*unused*/) const { return "nothing"; }
     std::string operator()(const std::string& text) const { return lint::printable(text); }
@@ -40,6 +45,7 @@ struct FieldText {
     }
 };
 
+/// "detector 1, pixel 2".
 std::string placeOf(const ValuePair& pair) {
     return "detector " + std::to_string(pair.detector) + ", pixel " + std::to_string(pair.pixel);
 }
@@ -48,7 +54,8 @@ std::string valuesOf(const ValuePair& pair) {
     return valueText(pair.a) + " | " + valueText(pair.b);
 }
 
-/// Where the greatest distance and the greatest relative one are; nothing when only NaN differ.
+/// ", greatest |a-b| 1e-06 and relative 6.67e-07 at detector 1, pixel 2 (1.5 | 1.500001)", or each
+/// with its own place; nothing when only NaN differ.
 std::string greatestOf(const ValueDifferences& differences) {
     if (!differences.greatest()) {
         return "";
@@ -58,6 +65,7 @@ std::string greatestOf(const ValueDifferences& differences) {
     const auto place = [](const ValuePair& pair) {
         return " at " + placeOf(pair) + " (" + valuesOf(pair) + ')';
     };
+    // Mostly they are at the same place, which is then told once.
     const bool isOnePlace = greatest.pair.detector == relative.pair.detector &&
                             greatest.pair.pixel == relative.pair.pixel;
     return ", greatest |a-b| " + roundedOf(greatest.distance, distanceDigits) +
@@ -65,6 +73,7 @@ std::string greatestOf(const ValueDifferences& differences) {
            roundedOf(relative.distance, distanceDigits) + place(relative.pair);
 }
 
+/// ", NaN only in A: 30", for each of the ways in which NaN can differ.
 std::string nansOf(const ValueDifferences& differences) {
     std::string text;
     const auto add = [&](std::string_view what, std::size_t count) {
@@ -78,7 +87,8 @@ std::string nansOf(const ValueDifferences& differences) {
     return text;
 }
 
-/// "1 field and 2 of 24 values differ".
+/// "1 field and 2 of 24 values differ". Values are mentioned even when none differs: how many were
+/// compared tells whether the selection was the one that was meant.
 std::string differingOf(const DiffTotals& totals) {
     const std::string values =
         std::to_string(totals.differing) + " of " + counted(totals.compared, "value");
@@ -96,6 +106,7 @@ std::string differingOf(const DiffTotals& totals) {
     return none + " differs";
 }
 
+/// "; only in A: 1 file and 2 configurations". The record that has them is named, not the other.
 std::string missingOf(const DiffTotals::Missing& missing, std::string_view where) {
     if (!missing.isAny()) {
         return "";
@@ -114,7 +125,7 @@ std::string missingOf(const DiffTotals::Missing& missing, std::string_view where
 /// A record that is not whole, or has more behind it.
 void noteState(std::string_view name, OpenRecord& record, std::ostream& out) {
     if (record.outcome().state >= record::State::trailing) {
-        out << "note: " << name << ' ' << tell(record.reader()).front() << '\n';
+        out << "note: " << name << ": " << tell(record.reader()).front() << '\n';
     }
 }
 
@@ -130,6 +141,8 @@ DiffText::DiffText(OpenRecord& a, OpenRecord& b, const DiffOptions& options, std
     }
 }
 
+// "band 4, ALL", by what the blocks are matched by, since that is the same in both records; which
+// of several is told from the second one on.
 std::string DiffText::placeOf(const BlockPair& pair) const {
     const Block& block = pair.any();
     std::string text;
@@ -175,6 +188,7 @@ void DiffText::writeVariable(const BlockPair& pair, int kind, const ValueDiffere
     for (const ValuePair& values : differences.pairs()) {
         out_ << "  " << eqrecord::placeOf(values) << ": " << valuesOf(values) << '\n';
     }
+    // With --max-lines 0 nobody asks for a list, and none is said to be cut.
     const std::size_t more = differences.differing() - differences.pairs().size();
     if (more > 0 && !differences.pairs().empty()) {
         out_ << "  and " << more << " more\n";
@@ -183,6 +197,7 @@ void DiffText::writeVariable(const BlockPair& pair, int kind, const ValueDiffere
 
 void DiffText::writeMissing(const BlockPair& pair) {
     out_ << placeOf(pair) << ": only in " << (pair.a ? 'A' : 'B');
+    // Who reads that a band is missing wants to know which file that is.
     if (pair.isFile() && match_ != Match::name) {
         out_ << " (" << lint::printable(pair.any().file->name) << ')';
     }

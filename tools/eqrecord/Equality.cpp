@@ -11,11 +11,13 @@ namespace eqrecord {
 
 namespace {
 
+/// The larger absolute value.
 double largerOf(double a, double b) {
     return std::max(std::abs(a), std::abs(b));
 }
 
-/// What to multiply numbers by, of which this is the larger.
+/// What to multiply numbers by, of which this is the larger. An absolute bound is scaled with them,
+/// and may become infinite: no distance is beyond it then, as is true of it.
 double scaleFor(double larger) {
     return larger > 0x1p1000 ? 0x1p-2 : larger < 0x1p-900 ? 0x1p100 : 1;
 }
@@ -32,6 +34,7 @@ std::int64_t rankOf(double value) {
     return std::signbit(value) ? -magnitude : magnitude;
 }
 
+/// From the least number to the greatest there are more steps than a signed integer counts.
 std::uint64_t stepsBetween(double a, double b) {
     const auto [low, high] = std::minmax({rankOf(a), rankOf(b)});
     return static_cast<std::uint64_t>(high) - static_cast<std::uint64_t>(low);

@@ -16,7 +16,8 @@ namespace eqrecord {
 
 namespace {
 
-/// A sum that keeps what the additions round off.
+/// A sum that keeps what the additions round off: of a large number and a small one that is known
+/// exactly.
 class Sum {
   public:
     void add(double value) {
@@ -35,25 +36,40 @@ class Sum {
     std::size_t count_ = 0;
 };
 
+/// What sums tell of values.
 struct Moments {
     double mean = 0;
     double deviation = 0;
     std::optional<double> oddLessEven;
 };
 
-/// Of finite values, at least one of which is not 0, split into those of odd and even pixels.
-Moments momentsOf(const std::array<std::vector<double>, 2>& byParity, double largest) {
-    const double scale = std::ldexp(1, std::min(-std::ilogb(largest), 1023));
+/// Finite values, those of odd pixels first.
+using ByParity = std::array<std::vector<double>, 2>;
+
+/// The power of two that makes the largest absolute value one of 1 to 2.
+double scaleFor(double largest) {
+    // The factor for subnormal numbers, which are smaller still, would not be finite.
+    constexpr int mostExponent = 1023;
+    return largest > 0 ? std::ldexp(1, std::min(-std::ilogb(largest), mostExponent)) : 1;
+}
+
+Sum sumOf(std::span<const double> values) {
+    Sum sum;
+    for (const double value : values) {
+        sum.add(value);
+    }
+    return sum;
+}
+
+/// Requires: a value.
+Moments momentsOf(const ByParity& byParity, double largest) {
+    const double scale = scaleFor(largest);
     std::vector<double> scaled;
     for (const auto& part : byParity) {
         std::ranges::transform(part, std::back_inserter(scaled),
                                [&](double value) { return value * scale; });
     }
-    Sum sum;
-    for (const double value : scaled) {
-        sum.add(value);
-    }
-    const double mean = sum.mean();
+    const double mean = sumOf(scaled).mean();
     std::array<Sum, 2> distances;
     Sum squares;
     for (std::size_t i = 0; i < scaled.size(); ++i) {
@@ -61,23 +77,23 @@ Moments momentsOf(const std::array<std::vector<double>, 2>& byParity, double lar
         distances[i < byParity[0].size() ? 0 : 1].add(distance);
         squares.add(distance * distance);
     }
-    const auto count = static_cast<double>(scaled.size());
-    // What the mean is rounded by.
-    const double shift = (distances[0].value() + distances[1].value()) / count;
+    // By so much the distances are too large, as the mean is rounded; without it they add up to 0.
+    const double shift =
+        (distances[0].value() + distances[1].value()) / static_cast<double>(scaled.size());
     Moments moments;
     moments.mean = mean / scale;
     moments.deviation = std::sqrt(std::max(0.0, squares.mean() - shift * shift)) / scale;
     if (distances[0].count() > 0 && distances[1].count() > 0) {
+        // Not that of the two means, which are rounded to the digits that they have in common.
         moments.oddLessEven = (distances[0].mean() - distances[1].mean()) / scale;
     }
     return moments;
 }
 
-}  // namespace
-
-Figures figuresOf(std::span<const double> values, std::size_t firstPixel) {
-    Figures figures;
-    std::array<std::vector<double>, 2> byParity;  // those of odd pixels first
+/// Counts values, and keeps those that are finite. Whether a pixel is odd goes by its number, also
+/// where the values are not all of a vector.
+ByParity countValues(std::span<const double> values, std::size_t firstPixel, Figures& figures) {
+    ByParity byParity;
     for (std::size_t i = 0; i < values.size(); ++i) {
         const double value = values[i];
         if (std::isfinite(value)) {
@@ -87,28 +103,27 @@ Figures figuresOf(std::span<const double> values, std::size_t firstPixel) {
         figures.infinite += std::isinf(value) ? 1U : 0U;
         figures.length = std::isnan(value) ? figures.length : i + 1;
     }
-    std::vector<double> kept = byParity[0];
-    kept.insert(kept.end(), byParity[1].begin(), byParity[1].end());
-    figures.values = kept.size();
-    if (kept.empty()) {
+    figures.values = byParity[0].size() + byParity[1].size();
+    return byParity;
+}
+
+}  // namespace
+
+Figures figuresOf(std::span<const double> values, std::size_t firstPixel) {
+    Figures figures;
+    const ByParity byParity = countValues(values, firstPixel, figures);
+    if (figures.values == 0) {
         return figures;
     }
+    std::vector<double> kept = byParity[0];
+    kept.insert(kept.end(), byParity[1].begin(), byParity[1].end());
     const auto [min, max] = std::ranges::minmax(kept);
-    const double largest = std::max(std::abs(min), std::abs(max));
-    Moments moments;
-    if (largest > 0) {
-        moments = momentsOf(byParity, largest);
-    } else if (!byParity[0].empty() && !byParity[1].empty()) {
-        moments.oddLessEven = 0;
-    }
+    const Moments moments = momentsOf(byParity, std::max(std::abs(min), std::abs(max)));
+    // The order matters: the deviation changes the values.
     const double median = medianOf(kept);
-    figures.figures = {min,
-                       max,
-                       moments.mean,
-                       median,
-                       moments.deviation,
-                       medianDeviationOf(kept),
-                       moments.oddLessEven};
+    const double medianDeviation = medianDeviationOf(kept);
+    figures.figures = {
+        min, max, moments.mean, median, moments.deviation, medianDeviation, moments.oddLessEven};
     return figures;
 }
 

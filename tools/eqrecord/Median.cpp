@@ -7,6 +7,8 @@
 
 namespace eqrecord {
 
+// All values before the middle are smaller once it is in its place, and otherwise in no order: that
+// is all that a median needs, and takes a fraction of the time of sorting.
 double medianOf(std::span<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::ranges::nth_element(values, middle);

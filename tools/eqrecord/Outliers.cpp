@@ -20,7 +20,8 @@ namespace {
 /// deviation.
 constexpr double sigmaPerDeviation = 1.4826;
 
-/// Values in their order, of which one can be added or taken away.
+/// Values in their order, of which one can be added or taken away. There are 25 of them, which are
+/// moved faster than any tree is kept in balance.
 class SortedWindow {
   public:
     void add(double value) {
@@ -55,6 +56,8 @@ double scaleOf(std::span<const double> values) {
 
 }  // namespace
 
+// At the ends, with neighbours on one side only, a slope moves the median by half of what it rises
+// within a window; of coefficients that is less than they scatter by.
 std::vector<double> runningMediansOf(std::span<const double> values, std::size_t window) {
     std::vector<double> medians(values.size());
     const std::size_t reach = window / 2;  // in pixels of one parity
@@ -62,6 +65,7 @@ std::vector<double> runningMediansOf(std::span<const double> values, std::size_t
         SortedWindow neighbours;
         const std::size_t count = (values.size() - parity + 1) / 2;
         const auto at = [&](std::size_t i) { return values[2 * i + parity]; };
+        // Each value is in the window from the turn at which it comes near until it is left behind.
         std::size_t added = 0;
         for (std::size_t i = 0; i < count; ++i) {
             for (; added < count && added <= i + reach; ++added) {
@@ -86,6 +90,7 @@ std::vector<std::size_t> outliersOf(std::span<const double> values, const Outlie
             distances.push_back(distance(i));
         }
     }
+    // It may be infinite for a large sigma; then, as should be, no distance is beyond.
     const double limit =
         distances.empty() ? 0 : rule.sigma * sigmaPerDeviation * medianDeviationOf(distances);
     std::vector<std::size_t> outliers;

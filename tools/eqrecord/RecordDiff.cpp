@@ -14,6 +14,7 @@ namespace eqrecord {
 
 namespace {
 
+/// The name in JSON and for the command line, and that for people.
 struct FieldName {
     std::string_view key;
     std::string_view name;
@@ -34,12 +35,15 @@ constexpr std::array<FieldName, 12> fieldNames{{
     {"pixels", "pixels"},
 }};
 
+/// Can be ignored like a field, and is none: no byte of a record tells it.
 constexpr std::string_view byteOrderKey = "byte_order";
 
+/// What a record that is cut does not have is empty, and nothing else is.
 FieldValue textOf(const std::string& text) {
     return text.empty() ? FieldValue() : FieldValue(text);
 }
 
+/// A record that counts no files is none, so 0 is never the count.
 FieldValue countOf(const record::Reading& reading) {
     return reading.filesCounted == 0 ? FieldValue()
                                      : FieldValue(static_cast<std::int64_t>(reading.filesCounted));
@@ -56,6 +60,7 @@ FieldValue nucTablesOf(const record::Reading& reading) {
     return identifiers;
 }
 
+/// A real number is equal to another as a value is.
 bool areEqualFields(const FieldValue& a, const FieldValue& b, const Tolerance& tolerance) {
     const auto* const realOfA = std::get_if<double>(&a);
     const auto* const realOfB = std::get_if<double>(&b);
@@ -131,6 +136,7 @@ void RecordDiff::comparePair(const BlockPair& pair) {
 void RecordDiff::compareFiles(const BlockPair& pair) {
     const record::File& a = *pair.a->file;
     const record::File& b = *pair.b->file;
+    // Some of it is what the files are matched by, and can't differ then.
     compareField(&pair, "band", std::int64_t{a.band}, std::int64_t{b.band});
     compareField(&pair, "name", a.name, b.name);
     compareField(&pair, "configurations_counted", std::int64_t{a.counted}, std::int64_t{b.counted});
@@ -154,6 +160,7 @@ void RecordDiff::compareVectors(const BlockPair& pair, int kind) {
     const record::Configuration& b = *pair.b->configuration;
     const auto pixelsOfA = static_cast<std::size_t>(a.pixels);
     const auto pixelsOfB = static_cast<std::size_t>(b.pixels);
+    // Of different P, which is a difference of its own, what both have can still be the same.
     const auto pixels = options_.selection.pixelsOf(std::min(pixelsOfA, pixelsOfB));
     ValueDifferences differences(options_.tolerance, options_.mostPairs);
     if (pixels.count > 0) {
@@ -177,12 +184,13 @@ void RecordDiff::compareVectors(const BlockPair& pair, int kind) {
 void RecordDiff::compareField(const BlockPair* pair, std::string_view key, FieldValue a,
                               FieldValue b) {
     if (options_.takes(key) && !areEqualFields(a, b, options_.tolerance)) {
-        const auto* const field = std::ranges::find(fieldNames, key, &FieldName::key);
-        report_.writeField(pair, {key, field->name, std::move(a), std::move(b)});
+        const FieldName& field = *std::ranges::find(fieldNames, key, &FieldName::key);
+        report_.writeField(pair, {key, field.name, std::move(a), std::move(b)});
         ++totals_.fields;
     }
 }
 
+// What one record lacks can't be ignored: there is no field that it would be a part of.
 void RecordDiff::addMissing(const BlockPair& pair) {
     DiffTotals::Missing& missing = pair.a ? totals_.missingInB : totals_.missingInA;
     ++(pair.isFile() ? missing.files : missing.configurations);

@@ -61,6 +61,7 @@ std::unique_ptr<StatsReport> makeReport(const Options& options, OpenRecord& reco
     return std::make_unique<StatsText>(out, options.showsOutliers);
 }
 
+/// Of one vector, all of it.
 VectorStats statsOf(const Options& options, std::span<const double> values) {
     const Selection::Pixels pixels = options.selection.pixelsOf(values.size());
     VectorStats stats;
@@ -120,39 +121,24 @@ int tellStats(const Options& options) {
 void addOutliers(CLI::App& verb, Options& options) {
     constexpr const char* group = "Outliers";
     constexpr int mostPixels = 32767;
-    const auto shows = [&options] { options.showsOutliers = true; };
-    verb.add_flag_callback("--outliers", shows, "Show them, too; so do the options below")
+    verb.add_flag("--outliers", options.showsOutliers, "Show them, too; so do the options below")
         ->group(group);
-    verb.add_option_function<double>(
-            "--sigma",
-            [shows, &options](double sigma) {
-                options.rule.sigma = sigma;
-                shows();
-            },
-            "How far off they are, in standard\ndeviations of noise (default 6)")
-        ->check(finiteNumber(true))
-        ->type_name("S")
-        ->option_text("S")
+    addOption(verb, group, "--sigma", "S", options.rule.sigma,
+              "How far off they are, in standard\ndeviations of noise (default 6)")
+        ->check(finiteNumber(true));
+    addOption(verb, group, "--window", "N", options.rule.window,
+              "How far away neighbours are at most,\nin pixels (default 24)")
+        ->check(CLI::Range(2, mostPixels));
+    verb.add_flag("--fail-on-outliers", options.failsOnOutliers, "End with 1 when there are any")
         ->group(group);
-    verb.add_option_function<std::size_t>(
-            "--window",
-            [shows, &options](std::size_t window) {
-                options.rule.window = window;
-                shows();
-            },
-            "How far away neighbours are at most,\nin pixels (default 24)")
-        ->check(CLI::Range(2, mostPixels))
-        ->type_name("N")
-        ->option_text("N")
-        ->group(group);
-    verb.add_flag_callback(
-            "--fail-on-outliers",
-            [shows, &options] {
-                options.failsOnOutliers = true;
-                shows();
-            },
-            "End with 1 when there are any")
-        ->group(group);
+}
+
+/// An option that says what outliers are, or what to do about them, would mean nothing without
+/// them.
+bool wantsOutliers(const CLI::App& verb) {
+    return verb.count("--outliers") + verb.count("--sigma") + verb.count("--window") +
+               verb.count("--fail-on-outliers") >
+           0;
 }
 
 }  // namespace
@@ -166,7 +152,10 @@ void addStats(CLI::App& app, Work& work) {
     addOutliers(verb, *options);
     addFormat(verb, options->arguments, {"text", "json", "csv"});
     addReading(verb, options->arguments);
-    endVerb(verb, footer, [options, &work] { work = [options] { return tellStats(*options); }; });
+    endVerb(verb, footer, [options, &verb, &work] {
+        options->showsOutliers = wantsOutliers(verb);
+        work = [options] { return tellStats(*options); };
+    });
 }
 
 }  // namespace eqrecord

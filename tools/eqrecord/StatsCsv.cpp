@@ -8,6 +8,7 @@ namespace eqrecord {
 
 namespace {
 
+/// In one field, however many: rows of CSV have to be of the same length.
 std::string pixelsOf(const std::vector<Outlier>& outliers) {
     std::string text;
     for (const Outlier& outlier : outliers) {

@@ -1,3 +1,6 @@
+// A figure is null when there is none, never NaN or 0: of no values there is neither a least one
+// nor a mean.
+
 #include "tools/eqrecord/StatsJson.h"
 
 #include "record/Layout.h"

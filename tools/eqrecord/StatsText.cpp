@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,7 @@ constexpr int placeDigits = 5;             // of what tells where values lie
 constexpr int spreadDigits = 3;            // of what tells how far they lie apart
 constexpr std::size_t detectorsWidth = 5;  // "10-12"
 
+/// All NaN: a detector that is not there, or one without this kind.
 bool isEmpty(const Figures& figures) {
     return figures.values == 0 && figures.infinite == 0;
 }
@@ -34,11 +36,11 @@ struct Column {
 using Columns = std::array<Column, Figures::names.size()>;
 using Vectors = std::vector<VectorStats>;
 
-std::string cellOf(const Figures& figures, const Columns& columns, std::size_t index) {
-    const auto& figure = figures.figures[index];
-    return figure ? roundedOf(*figure, columns[index].digits) : "-";
+std::string cellOf(const std::optional<double>& figure, const Column& column) {
+    return figure ? roundedOf(*figure, column.digits) : "-";
 }
 
+/// The columns of one configuration are as wide in all its tables.
 Columns columnsOf(const Vectors& vectors) {
     Columns columns{{{"min", placeDigits},
                      {"max", placeDigits},
@@ -48,16 +50,17 @@ Columns columnsOf(const Vectors& vectors) {
                      {"MAD", spreadDigits},
                      {"odd-even", spreadDigits}}};
     for (std::size_t i = 0; i < columns.size(); ++i) {
-        columns[i].width = columns[i].name.size();
+        Column& column = columns[i];
+        column.width = column.name.size();
         for (const VectorStats& vector : vectors) {
-            columns[i].width =
-                std::max(columns[i].width, cellOf(vector.figures, columns, i).size());
+            column.width = std::max(column.width, cellOf(vector.figures.figures[i], column).size());
         }
     }
     return columns;
 }
 
-/// The first vector that can't be told in one line with this one.
+/// The first vector that can't be told in one line with this one. Figures are compared before they
+/// are rounded: what looks the same need not be.
 Vectors::const_iterator endOfRun(Vectors::const_iterator first, Vectors::const_iterator end) {
     return std::find_if(first + 1, end, [&](const VectorStats& vector) {
         const VectorStats& before = *(&vector - 1);
@@ -82,6 +85,7 @@ void writeHeadings(int kind, const Columns& columns, std::ostream& out) {
     out << '\n';
 }
 
+/// Writes what a vector has beside its figures, on lines of their own.
 void writeRemarks(const VectorStats& vector, std::ostream& out) {
     const std::string indentation(detectorsWidth + 2, ' ');
     const Figures& figures = vector.figures;
@@ -101,7 +105,7 @@ void writeRemarks(const VectorStats& vector, std::ostream& out) {
     }
 }
 
-/// Writes vectors that have the same figures.
+/// Writes vectors that have the same figures: "3-12  no values".
 void writeRun(const VectorStats& first, const VectorStats& last, const Columns& columns,
               std::ostream& out) {
     std::string detectors = std::to_string(first.detector);
@@ -113,7 +117,7 @@ void writeRun(const VectorStats& first, const VectorStats& last, const Columns& 
         out << "  no values";
     } else {
         for (std::size_t i = 0; i < columns.size(); ++i) {
-            out << "  " << padded(cellOf(first.figures, columns, i), columns[i].width);
+            out << "  " << padded(cellOf(first.figures.figures[i], columns[i]), columns[i].width);
         }
     }
     out << '\n';

@@ -35,6 +35,7 @@ void takeGreater(std::optional<GreatestDistance>& greatest, double distance,
 
 void ValueDifferences::compare(int detector, std::size_t firstPixel, std::span<const double> a,
                                std::span<const double> b) {
+    // The first clause of areEqual for all of them at once.
     if (a.empty() || std::memcmp(a.data(), b.data(), a.size_bytes()) == 0) {
         compared_ += countValues(a);
         return;
@@ -55,6 +56,8 @@ void ValueDifferences::add(const ValuePair& pair) {
     if (pairs_.size() < mostPairs_) {
         pairs_.push_back(pair);
     }
+    // A NaN is at no distance from anything; it is counted apart, so that a difference of 0 in all
+    // else does not look like one.
     const bool isNanInA = std::isnan(pair.a);
     const bool isNanInB = std::isnan(pair.b);
     if (isNanInA || isNanInB) {
