@@ -65,7 +65,8 @@ struct Candidates {
 };
 
 void appendPairs(const Candidates& candidates, std::vector<BlockPair>& pairs) {
-    const auto& [ofA, ofB] = candidates;
+    const std::vector<Block>& ofA = candidates.ofA;
+    const std::vector<Block>& ofB = candidates.ofB;
     for (std::size_t i = 0; i < std::max(ofA.size(), ofB.size()); ++i) {
         BlockPair& pair = pairs.emplace_back();
         pair.occurrence = i + 1;
