@@ -282,7 +282,7 @@ def check_pair(seed):
             found = json.loads(done.stdout)
             assert plain({key: found[key] for key in wanted}) == plain(wanted), (words, found, wanted)
             assert json.loads(back.stdout) == exchanged(found), (words, found, back)
-            seed % 16 or SCHEMA.validate(found)
+            SCHEMA.validate(found)
         for path in paths:
             os.remove(path)
     except AssertionError as error:
