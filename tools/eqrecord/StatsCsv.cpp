@@ -1,5 +1,6 @@
 #include "tools/eqrecord/StatsCsv.h"
 
+#include "lint/Printable.h"
 #include "record/Layout.h"
 #include "tools/eqrecord/Csv.h"
 #include "tools/eqrecord/JsonWriter.h"
@@ -29,9 +30,10 @@ StatsCsv::StatsCsv(std::ostream& out, bool showsOutliers)
 }
 
 void StatsCsv::write(const Block& block, const std::vector<VectorStats>& vectors) {
-    const std::string place =
-        std::to_string(block.fileNumber) + ',' + std::to_string(block.file->band) + ',' +
-        csvFieldOf(block.file->name) + ',' + csvFieldOf(block.configuration->label) + ',';
+    const std::string place = std::to_string(block.fileNumber) + ',' +
+                              std::to_string(block.file->band) + ',' +
+                              csvFieldOf(lint::printable(block.file->name)) + ',' +
+                              csvFieldOf(lint::printable(block.configuration->label)) + ',';
     for (const VectorStats& vector : vectors) {
         const Figures& figures = vector.figures;
         out_ << place << record::kindNames[static_cast<std::size_t>(vector.kind)] << ','
