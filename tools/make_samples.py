@@ -8,6 +8,7 @@ not depend on which other bands are asked for. Examples:
     tools/make_samples.py --out set                        # the whole set: 13 bands, 34 MB
     tools/make_samples.py --bands B02,B09 --configs 1 --out small
     tools/make_samples.py --bands B05 --format full17 --seed 7 --out precise
+    tools/make_samples.py --bands B05 --pixels 40 --configs 1 --defects --out defects
 
 The band files in samples/ were made with
 
@@ -51,12 +52,28 @@ def coefficient_rows(rng, pixels):
     yield "COEFF_D", [d_mean + rng.gauss(0, 1.5) for _ in range(pixels)]
 
 
-def detector_lines(rng, detector, pixels, number_format):
+def with_defects(detector, name, values):
+    """What pictures and checks are to find: an outlier in detector 3, a step in A1 of detector 5, two
+    pixels without values in detector 8, and the last third of detector 9."""
+    middle, third = len(values) // 2, len(values) // 3
+    if detector == 3:
+        values[third] += 2 * (max(values) - min(values))
+    elif detector == 5 and name == "COEFF_A1":
+        values[middle:middle + 3] = [value + 0.05 for value in values[middle:middle + 3]]
+    elif detector == 8:
+        values[third] = values[2 * third] = math.nan
+    elif detector == 9:
+        values[-third:] = [math.nan] * third
+    return values
+
+
+def detector_lines(rng, detector, pixels, number_format, has_defects=False):
     yield f'      <COEFFICIENTS detector_id="{detector}">'
     yield f"        <NB_OF_PIXELS>{pixels}</NB_OF_PIXELS>"
     yield "        <ON_BOARD_EQUALIZATION>"
     yield "          <APPLICABILITY_DATE>2015-07-01T00:00:00</APPLICABILITY_DATE>"
     for name, values in coefficient_rows(rng, pixels):
+        values = with_defects(detector, name, values) if has_defects else values
         form = FORMATS[rng.choice(list(FORMATS)) if number_format == "mix" else number_format]
         yield f"          <{name}>{' '.join(form.format(value) for value in values)}</{name}>"
     yield "        </ON_BOARD_EQUALIZATION>"
@@ -86,7 +103,7 @@ def file_lines(args, band_id):
         label = CONFIGS[index] if index < len(CONFIGS) else f"STEP_{index + 1}"
         yield f'    <COEFFICIENTS_LIST tdi_config="{label}">'
         for detector in range(1, args.detectors + 1):
-            yield from detector_lines(rng, detector, pixels, args.format)
+            yield from detector_lines(rng, detector, pixels, args.format, getattr(args, "defects", False))
         yield "    </COEFFICIENTS_LIST>"
     yield "  </DATA>"
     yield f"</{args.root}>"
@@ -127,6 +144,8 @@ def parse_arguments():
     parser.add_argument("--format", choices=[*FORMATS, "mix"], default="short",
                         help="number format: 6 digits, 10 digits with exponent, all 17 digits, or "
                              "another one for each vector (default: short)")
+    parser.add_argument("--defects", action="store_true",
+                        help="with outliers, a step and missing values")
     parser.add_argument("--root", default="TEST_EQ_TABLE",
                         help="root element (default: TEST_EQ_TABLE)")
     parser.add_argument("--nuc-table-id", type=int, default=7, help="default: 7")
