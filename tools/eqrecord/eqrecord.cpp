@@ -16,6 +16,7 @@
 #include "tools/eqrecord/Dump.h"
 #include "tools/eqrecord/Export.h"
 #include "tools/eqrecord/Info.h"
+#include "tools/eqrecord/Plot.h"
 #include "tools/eqrecord/Stats.h"
 
 namespace {
@@ -43,6 +44,7 @@ int runEqrecord(int argc, char** argv) {
     eqrecord::addBuild(app, work);
     eqrecord::addDiff(app, work);
     eqrecord::addStats(app, work);
+    eqrecord::addPlot(app, work);
     return companion::parseAndRun(app, version, argc, argv, [&] { return work(); });
 }
 

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "tools/eqrecord/Arguments.h"
+
+namespace eqrecord {
+
+/// Adds the verb `plot`: pictures of coefficients. Given on the command line, it sets `work`.
+void addPlot(CLI::App& app, Work& work);
+
+}  // namespace eqrecord
