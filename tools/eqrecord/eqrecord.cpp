@@ -38,13 +38,13 @@ int runEqrecord(int argc, char** argv) {
     eqrecord::Work work;
     eqrecord::addInfo(app, work);
     eqrecord::addCheck(app, work);
-    const std::span<char* const> given(argv, static_cast<std::size_t>(argc));
-    eqrecord::addExport(app, work, given.subspan(std::min<std::size_t>(given.size(), 2)));
     eqrecord::addDump(app, work);
     eqrecord::addBuild(app, work);
     eqrecord::addDiff(app, work);
     eqrecord::addStats(app, work);
     eqrecord::addPlot(app, work);
+    const std::span<char* const> given(argv, static_cast<std::size_t>(argc));
+    eqrecord::addExport(app, work, given.subspan(std::min<std::size_t>(given.size(), 2)));
     return companion::parseAndRun(app, version, argc, argv, [&] { return work(); });
 }
 
