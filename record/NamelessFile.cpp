@@ -1,3 +1,5 @@
+// The name is taken away at once, so that nothing is left behind however the program ends.
+
 #include "record/NamelessFile.h"
 
 #include <fcntl.h>

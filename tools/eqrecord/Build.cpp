@@ -1,3 +1,6 @@
+// The output is opened before the JSON is read, so that one that is there already is told at once.
+// The record is only written when all of it is known to be one.
+
 #include "tools/eqrecord/Build.h"
 
 #include <memory>
@@ -24,6 +27,7 @@ constexpr const char* footer =
     "  eqrecord dump --format json EQ_B4.record | jq '.files[0].band = 5' |\n"
     "      eqrecord build -o EQ_B5.record -";
 
+/// Lets a record go to a stream, which throws when it can't be written.
 class StreamSink : public record::Sink {
   public:
     explicit StreamSink(std::ostream& out) : out_(out) {}
@@ -64,7 +68,7 @@ int build(const Arguments& arguments) {
     try {
         readRecordJson(input, builder);
     } catch (const std::system_error&) {
-        throw;
+        throw;  // names the file that can't be read or written
     } catch (const std::runtime_error& error) {
         throw std::runtime_error(lint::printable(path + ": " + error.what()));
     }

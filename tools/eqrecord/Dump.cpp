@@ -1,3 +1,6 @@
+// The output is opened last: neither a record that is not taken nor a selection of nothing leaves
+// an empty file, or replaces one.
+
 #include "tools/eqrecord/Dump.h"
 
 #include <memory>

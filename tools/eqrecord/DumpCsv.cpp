@@ -1,5 +1,8 @@
 // A value that is not there must not look like a NaN: of a record that is incomplete a detector has
-// rows only when all of its vectors that are selected are whole.
+// rows only when all of its vectors that are selected are whole. As these come kind by kind, that
+// is so when the vector of the last kind is.
+//
+// Texts are made harmless for terminals as everywhere, which also keeps a row on one line.
 
 #include "tools/eqrecord/DumpCsv.h"
 
@@ -14,6 +17,7 @@ namespace eqrecord {
 
 namespace {
 
+/// A field of a row: in quotes when it has to be, with those in it twice.
 std::string inQuotes(std::string text) {
     if (text.find_first_of(",\"\r\n") == std::string::npos) {
         return text;
@@ -84,6 +88,7 @@ void DumpCsv::writeHeader() {
     out_ << '\n';
 }
 
+/// Writes the rows of a detector, which begin with `start`.
 void DumpCsv::writeDetector(const DumpedConfiguration& configuration, int detector,
                             const std::string& start) {
     std::array<std::vector<double>, record::kindCount> buffers;
@@ -109,6 +114,7 @@ void DumpCsv::writeDetector(const DumpedConfiguration& configuration, int detect
     }
 }
 
+/// A NaN is what the user wants it to be, unless bits are asked for and it is not the fill value.
 std::string DumpCsv::shown(double value) const {
     const bool isNan = std::isnan(value) && !(writesBits_ && !record::isFill(value));
     return isNan ? nan_ : writesBits_ ? bitsOf(value) : decimalOf(value);

@@ -1,6 +1,9 @@
 // Who puts a record together from this must not take a part for the whole: what is dumped of a
 // record that is not whole says "incomplete", and what is selected of one "selection", with what
 // is needed to know which files, configurations, detectors and pixels these are.
+//
+// Each vector has a line of its own, for people who edit the text or compare two of them, and is in
+// memory alone.
 
 #include "tools/eqrecord/DumpJson.h"
 
@@ -104,6 +107,7 @@ void DumpJson::writePrologue() {
     }
 }
 
+/// The numbers tell which of the record's files and configurations a selection holds.
 void DumpJson::writeFile(const DumpedFile& file) {
     json_.breakLine();
     json_.beginObject();
@@ -125,6 +129,7 @@ void DumpJson::writeFile(const DumpedFile& file) {
     json_.endObject();
 }
 
+/// What the broken configuration of a record does not have is left out, and never null.
 void DumpJson::writeConfiguration(const DumpedConfiguration& configuration) {
     json_.breakLine();
     json_.beginObject();
@@ -151,6 +156,7 @@ void DumpJson::writeConfiguration(const DumpedConfiguration& configuration) {
     json_.endObject();
 }
 
+/// Writes the vectors of a kind that are dumped; of a broken configuration these may be fewer.
 void DumpJson::writeKind(const DumpedConfiguration& configuration, int kind) {
     json_.key(record::kindNames[static_cast<std::size_t>(kind)]);
     json_.beginArray();

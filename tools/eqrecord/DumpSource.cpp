@@ -1,3 +1,6 @@
+// A configuration that is not whole is kept by the outcome and not by the reading; here it becomes
+// the last of its file, so that all formats show what is whole of it.
+
 #include "tools/eqrecord/DumpSource.h"
 
 #include "tools/companion/Program.h"
@@ -13,6 +16,7 @@ DumpSource::DumpSource(record::RecordReader& reader, const record::Reading& read
             continue;
         }
         DumpedFile chosen = chosenOf(file, i + 1);
+        // A file without configurations is shown, but not one of which none is wanted.
         if (!chosen.configurations.empty() || !selection.choosesConfigurations()) {
             files_.push_back(std::move(chosen));
         }
@@ -22,6 +26,7 @@ DumpSource::DumpSource(record::RecordReader& reader, const record::Reading& read
     }
 }
 
+/// A file with its configurations that are selected.
 DumpedFile DumpSource::chosenOf(const record::File& file, std::size_t number) const {
     DumpedFile chosen{&file, number, {}};
     for (std::size_t i = 0; i < file.configurations.size(); ++i) {
@@ -39,6 +44,7 @@ DumpedFile DumpSource::chosenOf(const record::File& file, std::size_t number) co
 
 bool DumpSource::hasVector(const DumpedConfiguration& configuration, int kind, int detector) const {
     return selection_.takesKind(kind) && selection_.takesDetector(detector) &&
+           // Vectors are whole in their order.
            kind * record::detectorCount + detector <= configuration.wholeVectors;
 }
 

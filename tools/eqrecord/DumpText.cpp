@@ -33,6 +33,7 @@ std::string numbered(std::string name, int first, int last) {
     return name;
 }
 
+/// By their bits, so that a NaN is the same as itself, and 0 not as -0.
 bool isSame(double a, double b) {
     return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
@@ -112,6 +113,7 @@ void VectorListing::writeAll(int kind, int detector, std::span<const double> val
     }
 }
 
+/// Writes the first values of a vector, and where its fill begins.
 void VectorListing::writeShortened(int kind, int detector, std::span<const double> values) {
     const auto first = values.first(std::min(values.size(), shownValues));
     std::string text = placeOf(kind, detector, detector, chosen_) + shown(first);
@@ -129,6 +131,7 @@ void VectorListing::writeShortened(int kind, int detector, std::span<const doubl
              first.size() < values.size() ? " ..." : "");
 }
 
+/// Takes the next vector: into the run, as the beginning of one, or as it is.
 void VectorListing::add(int kind, int detector, std::span<const double> values) {
     const bool isOne =
         std::ranges::all_of(values, [&](double value) { return isSame(value, values[0]); });
@@ -146,6 +149,7 @@ void VectorListing::add(int kind, int detector, std::span<const double> values) 
     }
 }
 
+/// Writes the run, if there is one: its value's bytes once, and its values as those of one vector.
 void VectorListing::endRun() {
     if (run_.last == 0) {
         return;
@@ -170,12 +174,14 @@ void VectorListing::writeRow(std::uint64_t offset, std::size_t values, const std
     isFirst_ = false;
 }
 
+/// The offset of a pixel, from 1.
 std::uint64_t VectorListing::offsetOf(int kind, int detector, std::size_t pixel) const {
     const auto vector = static_cast<std::uint64_t>(kind * record::detectorCount + detector - 1);
     return configuration_.configuration->vectorsOffset +
            (vector * pixels_ + pixel - 1) * sizeof(double);
 }
 
+/// "COEFF_A1, detectors 3 to 12: ", with the pixels when these are not all.
 std::string VectorListing::placeOf(int kind, int firstDetector, int lastDetector,
                                    Selection::Pixels pixels) const {
     std::string text = std::string(record::kindNames[static_cast<std::size_t>(kind)]) + ", " +
@@ -263,6 +269,7 @@ void DumpText::writePrologue() {
     }
 }
 
+/// Fields 8 to 12. Between two files that are selected there may be others.
 void DumpText::writeFile(const record::File& file) {
     at_ = file.offset;
     if (file.nucTableId) {
@@ -274,6 +281,7 @@ void DumpText::writeFile(const record::File& file) {
     writeField(12, 1, std::to_string(file.counted));
 }
 
+/// Fields 13 to 17, as far as they are there.
 void DumpText::writeConfiguration(const DumpedConfiguration& configuration) {
     const record::Configuration& read = *configuration.configuration;
     at_ = read.offset;
@@ -293,6 +301,7 @@ void DumpText::writeConfiguration(const DumpedConfiguration& configuration) {
 void DumpText::writeEnd() {
     const record::State state = reader_.outcome().state;
     const bool isWhole = state <= record::State::ambiguous;
+    // Behind a selection, what follows the last row is no sign of the end.
     if (!source_.selection().isAll()) {
         at_ = isWhole ? source_.reading().end : reader_.outcome().ending.offset;
     }
@@ -310,6 +319,7 @@ void DumpText::writeText(int number, const std::string& text) {
     writeField(number, text.size(), inQuotes(text));
 }
 
+/// A number text is shown as it stands there, with its fill.
 void DumpText::writeNumberText(int number, std::uint64_t value) {
     const std::size_t width = std::max(record::numberWidth, std::to_string(value).size());
     writeField(number, width, inQuotes(reader_.view(at_, width)));

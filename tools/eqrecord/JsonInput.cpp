@@ -1,3 +1,7 @@
+// The bytes that are left are moved to the front before more are read, so that what is ahead is in
+// one piece, however it lies across the reads. That happens once in a buffer of bytes, and costs
+// nothing beside them.
+
 #include "tools/eqrecord/JsonInput.h"
 
 #include <algorithm>
@@ -25,6 +29,7 @@ JsonInput::JsonInput(std::string path)
     if (!file_) {
         fail();
     }
+    // This is the buffer; another one would only be copied from.
     std::setvbuf(file_.get(), nullptr, _IONBF, 0);
 }
 
@@ -46,6 +51,7 @@ void JsonInput::fill() {
 }
 
 void JsonInput::skip(std::size_t count) {
+    // Who takes many bytes at once pays little for that.
     const std::string_view skipped = left_.substr(0, count);
     left_.remove_prefix(count);
     if (const std::size_t newline = skipped.rfind('\n'); newline != std::string_view::npos) {

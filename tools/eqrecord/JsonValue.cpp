@@ -1,3 +1,7 @@
+// JSON knows numbers, and a record doubles and integers. The library hands out a number without
+// point and exponent as an integer, signed when it has a minus: so it is a signed 0 by which -0, as
+// some programs write -0.0, is known.
+
 #include "tools/eqrecord/JsonValue.h"
 
 #include <bit>
@@ -26,6 +30,7 @@ std::int64_t integerOf(const JsonValue& value, std::int64_t least, std::int64_t 
     if (natural == nullptr && integer == nullptr) {
         throw Refusal("must be a whole number");
     }
+    // Beyond what a signed integer holds, and so beyond every limit.
     const bool isLarge =
         natural != nullptr && *natural > std::uint64_t{std::numeric_limits<std::int64_t>::max()};
     const std::int64_t number =

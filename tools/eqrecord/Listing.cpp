@@ -1,3 +1,5 @@
+// The columns are as wide as the record needs them: its size decides the digits of all offsets.
+
 #include "tools/eqrecord/Listing.h"
 
 #include <algorithm>

@@ -18,6 +18,7 @@ namespace {
 
 constexpr auto detectorCount = static_cast<std::size_t>(record::detectorCount);
 
+/// Writes fields 13 to 17, with a kind at a time in memory.
 void writeConfiguration(const record::Configuration& configuration, record::ByteSource& vectors,
                         record::Writer& writer) {
     writer.configuration(configuration.label, configuration.epsilon());
@@ -45,6 +46,7 @@ void RecordBuilder::beginConfiguration() {
     counts_.fill(0);
 }
 
+/// The place of the next vector of a kind.
 RecordBuilder::Vector& RecordBuilder::add(int kind) {
     const auto index = static_cast<std::size_t>(kind);
     if (counts_[index] == detectorCount) {
@@ -83,6 +85,7 @@ void RecordBuilder::endConfiguration() {
     }
 }
 
+/// Only now P is known for sure, as it may stand behind the vectors.
 void RecordBuilder::checkVectors() const {
     const auto pixels =
         static_cast<std::size_t>(reading_.files.back().configurations.back().pixels);
@@ -97,6 +100,7 @@ void RecordBuilder::checkVectors() const {
     }
 }
 
+/// Appends the vectors of a kind to those that are kept, in the machine's byte order.
 void RecordBuilder::keepKind(std::size_t kind) {
     const auto pixels = static_cast<std::size_t>(configuration().pixels);
     kept_.assign(detectorCount * pixels, record::fillValue);
@@ -112,6 +116,7 @@ void RecordBuilder::keepKind(std::size_t kind) {
 
 void RecordBuilder::endFile() {
     const bool hasNucTable = file().nucTableId.has_value();
+    // A reader would take its bytes for the next field, or the other way round.
     if (hasNucTable != needsNucTable_) {
         throw Refusal("nuc_table_id",
                       needsNucTable_ ? "is missing: it stands in the first file, and behind one "

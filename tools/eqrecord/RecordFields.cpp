@@ -1,4 +1,5 @@
-// What can be in a record is what a reader takes for one, see docs/record.md.
+// A record can hold what a reader takes for one, see "How to read a record" in docs/record.md: more
+// than the converter writes, but nothing that nobody could read again.
 
 #include "tools/eqrecord/RecordFields.h"
 
@@ -28,6 +29,7 @@ void checkSchema(To, From value) {
     }
 }
 
+/// A text whose length fits into a number text.
 std::string shortTextOf(From value) {
     if (textOf(value).size() > std::size_t{mostCounted}) {
         throw Refusal("is too long");
@@ -42,6 +44,7 @@ std::string fileTypeOf(From value) {
     return shortTextOf(value);
 }
 
+/// As the reader of records does, also with years of more than four digits, and before the year 0.
 std::string dateOf(From value) {
     auto bytes = record::ByteSource::ofBytes(textOf(value));
     record::FieldReader reader(bytes, record::machineOrder, 0);
@@ -66,6 +69,7 @@ record::ByteOrder orderOf(From value) {
     return textOf(value) == "little" ? record::ByteOrder::little : record::ByteOrder::big;
 }
 
+/// An integer that takes all values of its field.
 template <class Number>
 Number numberOf(From value) {
     using Limits = std::numeric_limits<Number>;

@@ -72,6 +72,7 @@ std::string RecordJson::pointer() const {
     return text;
 }
 
+/// All of these return true, which lets the library go on.
 bool RecordJson::begin(Part part) {
     open_.push_back({part});
     return true;
@@ -153,6 +154,7 @@ bool RecordJson::end_object() {
     endPart();
     const Part part = open_.back().part;
     open_.pop_back();
+    // What the object stood for is the value of the field before it.
     if (part == Part::bytes) {
         take(std::move(bytes_));
     }
@@ -170,6 +172,7 @@ void RecordJson::checkFields() {
     }
 }
 
+/// Tells the builder that all of a part is there, which may refuse it.
 void RecordJson::endPart() {
     switch (open_.back().part) {
         case Part::record:
@@ -208,6 +211,7 @@ bool RecordJson::start_array(std::size_t) {
     return begin(open.field->array);
 }
 
+/// Takes the numbers from the input; the library comes back with the end of the array.
 void RecordJson::readVector(int kind) {
     std::vector<double>& values = builder_.addVector(kind);
     begin(Part::vector);
