@@ -114,6 +114,7 @@ bool FieldReader::readName(int number, std::uint64_t length, TextPlace& text) {
     for (std::uint64_t at = offset_; at < end;) {
         const auto wanted = std::min<std::uint64_t>(end - at, ByteSource::windowSize);
         const std::string_view piece = bytes_.view(at, static_cast<std::size_t>(wanted));
+        searched_ += piece.size();
         if (piece.find_first_of(forbidden) != std::string_view::npos) {
             return refuse(number, false);
         }

@@ -183,10 +183,8 @@ void ReadingSearch::tryNext() {
     FieldReader reader(bytes_, order_, place.offset);
     Values values;
     std::optional<Place> next = follow(place, branch.way, reader, values);
-    // Looking through long names again and again would take long without coming to many places.
-    if (place.field == 10) {
-        price_ += std::min(values.number, bytes_.size()) / bytesPerPlace;
-    }
+    // Searching long names again and again would take long without coming to many places.
+    price_ += reader.searched() / bytesPerPlace;
     if (next) {
         next->parent = branch.place;
         next->evidence += 1;
