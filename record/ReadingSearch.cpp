@@ -24,8 +24,7 @@ namespace record {
 
 namespace {
 
-constexpr std::uint64_t prologueStart = 4;  // behind the marker
-constexpr std::uint8_t noWay = 0xFF;
+constexpr std::uint64_t prologueStart = 4;     // behind the marker
 constexpr std::uint64_t bytesPerPlace = 1024;  // of a name, which cost as much as a place
 
 constexpr int agreementPoints = 8;
@@ -119,7 +118,8 @@ void ReadingSearch::visit(const Place& place) {
         return;
     }
     isGivenUp_ = places_.size() + price_ > maxPlaces;
-    steps_.push_back({index, 0, readings_.size()});
+    const std::uint8_t firstWay = place.field == 13 ? wayOut : leastWidth;
+    steps_.push_back({index, firstWay, readings_.size()});
 }
 
 /// Goes back from a place whose ways have all been tried.
@@ -128,17 +128,6 @@ void ReadingSearch::leave() {
         dead_.insert(steps_.back().place);
     }
     steps_.pop_back();
-}
-
-/// The ways from a place in their order. A file ends first where the count says so.
-std::uint8_t ReadingSearch::wayOf(const Place& place, std::uint8_t turn) {
-    constexpr std::uint8_t widths = longestWidth - numberWidth + 1;
-    const bool isEndFirst = place.field == 13 && place.configurations >= place.counted;
-    const int width = turn + static_cast<int>(numberWidth) - (isEndFirst ? 1 : 0);
-    if (isEndFirst ? turn == 0 : place.field == 13 && turn == widths) {
-        return wayOut;
-    }
-    return width <= longestWidth ? static_cast<std::uint8_t>(width) : noWay;
 }
 
 /// How the configurations of the place's file compare to their count if it ends there.
@@ -165,15 +154,15 @@ Counts ReadingSearch::countsOf(const Place& place, std::uint8_t way) {
 }
 
 void ReadingSearch::tryNext() {
-    const Branch branch{steps_.back().place,
-                        wayOf(places_[steps_.back().place], steps_.back().nextWay++)};
-    if (branch.way == noWay) {
+    Step& step = steps_.back();
+    if (step.nextWay > greatestWidth) {
         leave();
         return;
     }
+    const Branch branch{step.place, step.nextWay};
+    step.nextWay = branch.way == wayOut ? leastWidth : static_cast<std::uint8_t>(branch.way + 1);
     const Place place = places_[branch.place];
-    const bool isBeyondCount = place.field == 13 && place.configurations >= place.counted;
-    if (branch.way == wayOut ? countsOf(place) > worst_ : isBeyondCount && worst_ == Counts::kept) {
+    if (countsOf(place, branch.way) > worst_) {
         return;
     }
     if (branch.way == wayOut && place.file + 1 == place.fileCount) {
@@ -182,47 +171,48 @@ void ReadingSearch::tryNext() {
     }
     FieldReader reader(bytes_, order_, place.offset);
     Values values;
-    std::optional<Place> next = follow(place, branch.way, reader, values);
+    Place next = place;
+    const bool isFree = follow(next, branch.way, reader, values);
     // Searching long names again and again would take long without coming to many places.
     price_ += reader.searched() / bytesPerPlace;
-    if (next) {
-        next->parent = branch.place;
-        next->evidence += 1;
-        next->way = branch.way;
-        visit(*next);
+    if (isFree) {
+        next.parent = branch.place;
+        next.evidence += 1;
+        next.way = branch.way;
+        visit(next);
     } else {
-        consider(place, branch, reader, values);
+        const long points = next.evidence - place.evidence + (reader.isAtEnd() ? cutPoints : 0);
+        const State state = reader.isAtEnd() ? State::incomplete : State::damaged;
+        considerCandidate(place, {points, reader.obstacle(), branch, state, reader.offset()});
     }
 }
 
-std::optional<ReadingSearch::Place> ReadingSearch::follow(const Place& place, std::uint8_t way,
-                                                          FieldReader& reader, Values& values) {
-    Place next = place;
+bool ReadingSearch::follow(Place& place, std::uint8_t way, FieldReader& reader, Values& values) {
     bool isFree = false;
     if (place.field == 2) {
         isFree = readPrologue(way, reader, values);
-        next.field = 7;
+        place.field = 7;
     } else if (place.field == 7) {
         isFree = reader.readNumber(7, way, values.number, 1);
-        next.fileCount = values.number;
-        isFree = isFree && readFileStart(next, true, reader, values);
+        place.fileCount = values.number;
+        isFree = isFree && readFileStart(place, true, reader, values);
     } else if (place.field == 10) {
         isFree = reader.readNumber(10, way, values.number) &&
                  reader.readName(11, values.number, values.text) &&
-                 reader.readByte(12, next.counted);
-        next.field = 13;
+                 reader.readByte(12, place.counted);
+        place.field = 13;
     } else if (way == wayOut) {
-        next.counts = std::max(place.counts, countsOf(place));
-        next.configurations = 0;
-        next.epsilon = 0;
-        next.counted = 0;
-        ++next.file;
-        isFree = readFileStart(next, place.isNucNegative, reader, values);
+        place.counts = std::max(place.counts, countsOf(place));
+        place.configurations = 0;
+        place.epsilon = 0;
+        place.counted = 0;
+        ++place.file;
+        isFree = readFileStart(place, place.isNucNegative, reader, values);
     } else {
-        isFree = readConfiguration(next, way, reader, values);
+        isFree = readConfiguration(place, way, reader, values);
     }
-    next.offset = reader.offset();
-    return isFree ? std::optional(next) : std::nullopt;
+    place.offset = reader.offset();
+    return isFree;
 }
 
 bool ReadingSearch::readPrologue(std::uint8_t width, FieldReader& reader, Values& values) {
@@ -256,27 +246,17 @@ bool ReadingSearch::readConfiguration(Place& next, std::uint8_t width, FieldRead
     if (!reader.readNumber(13, width, values.number) ||
         !reader.readText(14, values.number, {}, values.text) ||
         !reader.readReal(15, isFirst ? std::nullopt : std::optional(next.epsilon),
-                         read.epsilonBits) ||
-        !reader.readCount(16, read.pixels)) {
+                         read.epsilonBits)) {
+        return false;
+    }
+    next.epsilon = read.epsilonBits;
+    next.evidence += pointsOf(read.epsilon(), isFirst);
+    if (!reader.readCount(16, read.pixels)) {
         return false;
     }
     read.vectorsOffset = reader.offset();
-    next.epsilon = read.epsilonBits;
-    next.evidence += pointsOf(read.epsilon(), isFirst);
     ++next.configurations;
     return reader.skipVectors(17, read.pixels);
-}
-
-/// Keeps the way as a candidate that ends at an obstacle.
-void ReadingSearch::consider(const Place& place, Branch branch, const FieldReader& reader,
-                             const Values& values) {
-    Candidate candidate{0, reader.obstacle(), branch,
-                        reader.isAtEnd() ? State::incomplete : State::damaged, reader.offset()};
-    candidate.evidence = reader.isAtEnd() ? cutPoints : 0;
-    if (place.field == 13 && branch.way != wayOut && reader.obstacle() > 15) {
-        candidate.evidence += pointsOf(values.configuration.epsilon(), place.configurations == 0);
-    }
-    considerCandidate(place, candidate);
 }
 
 /// Takes the end of the last file for a reading, or for a candidate when there are bytes behind it.
@@ -352,7 +332,7 @@ Reading ReadingSearch::readingOf(Branch branch, Ending* ending) {
         FieldReader reader(bytes_, order_, from.offset);
         Values values;
         // What could be read before can be read again, unless somebody writes to the file.
-        if (!follow(from, to.way, reader, values)) {
+        if (Place next = from; !follow(next, to.way, reader, values)) {
             throw std::runtime_error("the record has changed while it was read");
         }
         append(from, values, to, reading);
@@ -370,7 +350,8 @@ Reading ReadingSearch::readingOf(Branch branch, Ending* ending) {
     } else if (ending != nullptr) {
         FieldReader reader(bytes_, order_, from.offset);
         Values values;
-        follow(from, branch.way, reader, values);
+        Place next = from;
+        follow(next, branch.way, reader, values);
         describe(from, reader, values, reading, *ending);
         ending->file += branch.way == wayOut ? 1 : 0;
     }

@@ -89,28 +89,26 @@ class ReadingSearch {
         bool operator()(std::uint32_t a, std::uint32_t b) const;
     };
 
-    static constexpr std::uint8_t wayOut = 0;        ///< the file ends here
-    static constexpr std::uint8_t longestWidth = 9;  ///< of a number text; other ways are widths
+    static constexpr std::uint8_t wayOut = 0;  ///< the file ends here
+    /// The other ways are the widths of a number text.
+    static constexpr std::uint8_t leastWidth = numberWidth, greatestWidth = 9;
 
     bool begin();
     bool search(Counts worst);
     void tryNext();
     void visit(const Place& place);
     void leave();
-    static std::uint8_t wayOf(const Place& place, std::uint8_t turn);
     static Counts countsOf(const Place& place);
     static Counts countsOf(const Place& place, std::uint8_t way);
 
-    /// Goes on from a place. Nothing when the way is not free: then the reader says why.
-    static std::optional<Place> follow(const Place& place, std::uint8_t way, FieldReader& reader,
-                                       Values& values);
+    /// Goes on from a place, which becomes the next one, as far as the way is free; the reader says
+    /// why it isn't.
+    static bool follow(Place& place, std::uint8_t way, FieldReader& reader, Values& values);
     static bool readPrologue(std::uint8_t width, FieldReader& reader, Values& values);
     static bool readFileStart(Place& next, bool hasNucTable, FieldReader& reader, Values& values);
     static bool readConfiguration(Place& next, std::uint8_t width, FieldReader& reader,
                                   Values& values);
 
-    void consider(const Place& place, Branch branch, const FieldReader& reader,
-                  const Values& values);
     void considerEnd(const Place& place, Branch branch);
     void considerCandidate(const Place& place, Candidate candidate);
 
