@@ -95,10 +95,9 @@ bool ReadingSearch::begin() {
 
 bool ReadingSearch::search(Counts worst) {
     worst_ = worst;
+    price_ += places_.size();
     dead_.clear();
     places_.clear();
-    steps_.clear();
-    price_ = 0;
     Place first;
     first.offset = prologueStart;
     first.field = 2;
@@ -298,12 +297,13 @@ Outcome ReadingSearch::outcome() {
     }
     if (readings_.size() > 1) {
         result.state = State::ambiguous;
+    } else if (isGivenUp_) {
+        result.readings.clear();  // there may be another one
+        result.ending.isGivenUp = true;
+        result.ending.available = bytes_.size();
     } else if (readings_.size() == 1) {
         const bool isWhole = result.readings[0].counts <= Counts::modulo256;
         result.state = isWhole ? State::complete : State::fewerBlocks;
-    } else if (isGivenUp_) {
-        result.ending.isGivenUp = true;
-        result.ending.available = bytes_.size();
     } else {
         result.state = best_.state;
         result.ending.field = best_.field;

@@ -17,7 +17,7 @@ namespace record {
 /// to the end of the record at its last byte.
 class ReadingSearch {
   public:
-    /// So many places are tried for one class of counts, and so many readings kept.
+    /// So many places are tried, and so many readings kept.
     static constexpr std::size_t maxPlaces = 1'000'000;
     static constexpr std::size_t maxReadings = 8;
 
@@ -126,7 +126,8 @@ class ReadingSearch {
     std::vector<Step> steps_;
     std::vector<Branch> readings_;
     std::unordered_set<std::uint32_t, Hash, Same> dead_{0, Hash{&places_}, Same{&places_}};
-    std::uint64_t price_ = 0;  ///< of the names that were looked at, in places
+    /// What was done for classes that are through, and to search names; in places.
+    std::uint64_t price_ = 0;
     bool isGivenUp_ = false;
     Candidate best_;
 };
