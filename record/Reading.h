@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,6 +13,15 @@
 /// What a reader finds in a record: a plain description, with the vectors left where they are.
 /// Offsets count from the record's first byte; fields are cited by their number in Layout.h.
 namespace record {
+
+/// Whether a value may well have been written by people: neither tiny nor huge, as most doubles
+/// are.
+inline bool isPlausible(double value) {
+    constexpr double least = 1e-12;
+    constexpr double greatest = 1e12;
+    const double size = std::fabs(value);
+    return size == 0 || (least <= size && size <= greatest);
+}
 
 /// Fields 13 to 17 of one configuration.
 struct Configuration {
@@ -83,7 +93,7 @@ struct Ending {
 struct Outcome {
     State state = State::damaged;
     ByteOrder order = machineOrder;
-    /// False when the record can be read in both orders and nothing tells which one is right.
+    /// False when nothing tells which order is the right one.
     bool isOrderCertain = true;
     /// All that are found of an ambiguous record, none of a damaged one, else one.
     std::vector<Reading> readings;

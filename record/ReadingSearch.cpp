@@ -17,7 +17,6 @@
 #include "record/ReadingSearch.h"
 
 #include <algorithm>
-#include <cmath>
 #include <stdexcept>
 
 namespace record {
@@ -35,15 +34,12 @@ constexpr int cutPoints =
 constexpr int countPoints = 3;  // for each class
 
 /// How much an epsilon speaks for what was read up to it. The first one of a file agrees with
-/// nothing, but what people choose is neither tiny nor huge, as most doubles are.
+/// nothing.
 int pointsOf(double epsilon, bool isFirst) {
     if (!isFirst) {
         return agreementPoints;
     }
-    constexpr double least = 1e-12;
-    constexpr double greatest = 1e12;
-    const double size = std::fabs(epsilon);
-    return size == 0 || (least <= size && size <= greatest) ? 0 : -strangePoints;
+    return isPlausible(epsilon) ? 0 : -strangePoints;
 }
 
 }  // namespace

@@ -1,12 +1,12 @@
 // The byte order is not in the record. Of the two, that counts in which there is a reading, the one
-// of the better class if there are two. Where P is 0 or has two equal bytes both give the same
-// layout, and the values decide: the fill value read the wrong way round is a number, and most
-// numbers that people write are then subnormal, as their last bytes are small or 0.
+// of the better class if there are two. Otherwise the values decide: where P is 0 or has two equal
+// bytes both orders give the same layout, and in a record that is not whole a wrong P can reach
+// over all that is left. What people write, and the fill value, is hardly ever a number of usual
+// size the wrong way round.
 
 #include "record/RecordReader.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "record/ReadingSearch.h"
@@ -16,18 +16,17 @@ namespace record {
 namespace {
 
 constexpr std::size_t judgedConfigurations = 64;
-constexpr std::uint64_t judgedBytes = ByteSource::windowSize;  // at both ends of the vectors
-constexpr long fillPoints = 1'000'000;                         // outweighs all subnormal numbers
+constexpr long valuePoints = 8;  // all values of what is not whole, held against the evidence
+constexpr std::uint64_t judgedBytes = 512;  // at both ends of the vectors
 
 constexpr ByteOrder otherOrder(ByteOrder order) {
     return order == ByteOrder::little ? ByteOrder::big : ByteOrder::little;
 }
 
+/// Of 0 there is nothing to be told.
 long pointsOf(std::uint64_t bits) {
-    if (bits == std::bit_cast<std::uint64_t>(fillValue)) {
-        return fillPoints;
-    }
-    return std::fpclassify(std::bit_cast<double>(bits)) == FP_SUBNORMAL ? -1 : 0;
+    const bool isFill = bits == std::bit_cast<std::uint64_t>(fillValue);
+    return bits == 0 ? 0 : isFill || isPlausible(std::bit_cast<double>(bits)) ? 1 : -1;
 }
 
 long pointsOf(std::string_view bytes, ByteOrder order) {
@@ -57,19 +56,23 @@ void RecordReader::choose() {
     ReadingSearch otherSearch(bytes_, otherOrder(machineOrder));
     outcome_ = search.run();
     Outcome other = otherSearch.run();
-    const auto isReading = [](const Outcome& outcome) { return outcome.state <= State::ambiguous; };
-    // The smaller the better: first what is a reading, then its class.
-    const auto rank = [&](const Outcome& outcome) {
-        return isReading(outcome) ? static_cast<int>(outcome.readings[0].counts) : 100;
+    // The smaller the better: first what is a reading, by its class, then what may have one.
+    const auto rank = [](const Outcome& outcome) {
+        return outcome.state <= State::ambiguous ? static_cast<int>(outcome.readings[0].counts)
+               : outcome.ending.isGivenUp        ? 100
+                                                 : 200;
     };
     long advantage = rank(other) - rank(outcome_);
-    if (advantage == 0 && !isReading(outcome_)) {
-        advantage = search.evidence() - otherSearch.evidence();
-    }
     if (advantage == 0) {
         advantage = plausibility(outcome_) - plausibility(other);
-        outcome_.isOrderCertain = advantage != 0 || !isReading(outcome_);
+        if (outcome_.state > State::ambiguous) {
+            advantage = std::clamp(advantage, -valuePoints, valuePoints) + search.evidence() -
+                        otherSearch.evidence();
+        }
     }
+    // Texts are read without an order, and a file is the first that has something else.
+    outcome_.isOrderCertain =
+        advantage != 0 || outcome_.readings.empty() || outcome_.readings[0].files.empty();
     if (advantage < 0) {
         outcome_ = std::move(other);
     }
