@@ -65,6 +65,9 @@ struct Reading {
     std::vector<File> files;         ///< those whose fields 9 to 12 are whole
     Counts counts = Counts::kept;    ///< of files that are whole
     std::uint64_t end = 0;           ///< the offset behind what was read
+
+    /// Whether a file has fewer configurations than it counts.
+    bool isShort() const { return counts > Counts::modulo256; }
 };
 
 enum class State {

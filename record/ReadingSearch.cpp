@@ -298,8 +298,7 @@ Outcome ReadingSearch::outcome() {
         result.ending.isGivenUp = true;
         result.ending.available = bytes_.size();
     } else if (readings_.size() == 1) {
-        const bool isWhole = result.readings[0].counts <= Counts::modulo256;
-        result.state = isWhole ? State::complete : State::fewerBlocks;
+        result.state = result.readings[0].isShort() ? State::fewerBlocks : State::complete;
     } else {
         result.state = best_.state;
         result.ending.field = best_.field;

@@ -43,15 +43,25 @@ long pointsOf(std::string_view bytes, ByteOrder order) {
 
 RecordReader::RecordReader(const std::string& path, std::optional<ByteOrder> order) : bytes_(path) {
     outcome_.order = order.value_or(machineOrder);
-    order ? void(outcome_ = ReadingSearch(bytes_, *order).run()) : choose();
+    order ? void(outcome_ = ReadingSearch(bytes_, *order).run()) : chooseOrder();
 }
 
 RecordReader::RecordReader(std::string_view bytes, std::optional<ByteOrder> order)
     : bytes_(ByteSource::ofBytes(bytes)) {
-    order ? void(outcome_ = ReadingSearch(bytes_, *order).run()) : choose();
+    order ? void(outcome_ = ReadingSearch(bytes_, *order).run()) : chooseOrder();
 }
 
-void RecordReader::choose() {
+void RecordReader::choose(std::size_t number) {
+    std::vector<Reading>& readings = outcome_.readings;
+    const auto chosen = readings.begin() + static_cast<std::ptrdiff_t>(number) - 1;
+    readings.erase(chosen + 1, readings.end());
+    readings.erase(readings.begin(), chosen);
+    if (outcome_.state == State::ambiguous) {
+        outcome_.state = readings.front().isShort() ? State::fewerBlocks : State::complete;
+    }
+}
+
+void RecordReader::chooseOrder() {
     ReadingSearch search(bytes_, machineOrder);
     ReadingSearch otherSearch(bytes_, otherOrder(machineOrder));
     outcome_ = search.run();

@@ -25,6 +25,9 @@ class RecordReader {
     RecordReader& operator=(const RecordReader&) = delete;
 
     const Outcome& outcome() const { return outcome_; }
+    /// Makes one of an ambiguous record's readings, counted from 1, the only one, and the outcome
+    /// what it then is. Requires: 1 <= number <= outcome().readings.size().
+    void choose(std::size_t number);
     std::uint64_t size() const { return bytes_.size(); }
     /// At most 4096 bytes, fewer at the end; valid until the next call.
     std::string_view view(std::uint64_t offset, std::size_t length) {
@@ -46,7 +49,7 @@ class RecordReader {
   private:
     RecordReader(std::string_view bytes, std::optional<ByteOrder> order);
     /// Decides between the outcomes of both orders.
-    void choose();
+    void chooseOrder();
     long plausibility(const Outcome& outcome);
     long plausibility(const Configuration& configuration, ByteOrder order);
     void readVectors(const Configuration& configuration, int first, int count,

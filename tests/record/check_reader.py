@@ -322,6 +322,7 @@ def faulty_records():
     yield one[:where[13, 2, 1]], f"RC104@{where[9, 2, 0]}"
     yield one + b"!", f"RC105@{len(one)}"
     yield start + b"\2" + b"100" + b"x" * 9 + quarter + b"\0\0" + ends, "RC106@0"
+    yield start + b"\3" + b"100" + b"x" * 9 + quarter + b"\0\0" + ends, "RC106@0 RC104@79"
     yield start + b"\1" + b"01A" + bytes(10), "RC107@0"
     yield start + b"\0" + (b"01A" + quarter + b"\0\0") * 256, "RC108@79 RC205@99"
     yield edit(vectors, nan), f"RC201@{vectors}"
@@ -350,6 +351,21 @@ def check_findings():
         for value in info({"faulty": content}).values():
             SCHEMA.validate(value)
             assert (value["state"] == "ambiguous") == ("RC106" in wanted) == ("other_readings" in value), value
+            if "RC106" in wanted:
+                check_choice(content, [value, *value["other_readings"]])
+
+
+# Of a record with several readings the chosen one is all there is, for info and for check.
+def check_choice(content, readings):
+    pathlib.Path("ambiguous").write_bytes(content)
+    for number, reading in enumerate(readings, 1):
+        value, report = (json.loads(subprocess.run([EQRECORD, verb, "--format", "json", f"--reading={number}", "ambiguous"],
+                                                   capture_output=True).stdout) for verb in ("info", "check"))
+        is_short = any(len(file["configurations"]) < file["configurations_counted"] for file in reading["files"])
+        assert value["files"] == reading["files"] and value["state"] == report["state"] == ["complete", "short"][is_short]
+        assert [finding["id"] for finding in report["findings"]] == ["RC104"] * is_short, report
+    done = subprocess.run([EQRECORD, "check", f"--reading={number + 1}", "ambiguous", "empty"], capture_output=True)
+    assert done.stderr == b"eqrecord: ambiguous: there is no reading %d\n" % (number + 1) and done.stdout, done
 
 
 def main():

@@ -94,6 +94,11 @@ void addReading(CLI::App& verb, Arguments& arguments) {
         ->group(group);
 }
 
+int sayUnreadable(const std::runtime_error& error) {
+    companion::say(programName, lint::printable(error.what()));
+    return companion::trouble;
+}
+
 int forEachRecord(const Arguments& arguments,
                   const std::function<int(const std::string& path, record::RecordReader&)>& tell) {
     if (arguments.records.empty()) {
@@ -104,9 +109,9 @@ int forEachRecord(const Arguments& arguments,
         std::optional<record::RecordReader> reader;
         try {
             reader.emplace(path, arguments.order());
+            chooseReading(arguments, path, *reader);
         } catch (const std::runtime_error& error) {
-            companion::say(programName, lint::printable(error.what()));
-            status = companion::trouble;
+            status = sayUnreadable(error);
             continue;
         }
         status = std::max(status, tell(path, *reader));
@@ -114,20 +119,17 @@ int forEachRecord(const Arguments& arguments,
     return status;
 }
 
-std::vector<const record::Reading*> chosenReadings(const Arguments& arguments,
-                                                   const record::Outcome& outcome) {
-    std::vector<const record::Reading*> chosen;
-    for (const record::Reading& reading : outcome.readings) {
-        chosen.push_back(&reading);
+void chooseReading(const Arguments& arguments, const std::string& path,
+                   record::RecordReader& reader) {
+    const std::size_t count = reader.outcome().readings.size();
+    if (arguments.reading == 0 || count == 0) {
+        return;
     }
-    if (arguments.reading == 0 || chosen.empty()) {
-        return chosen;
+    if (arguments.reading > count) {
+        throw std::runtime_error(path + ": there is no reading " +
+                                 std::to_string(arguments.reading));
     }
-    if (arguments.reading > chosen.size()) {
-        throw companion::UsageError("--reading: there is no reading " +
-                                    std::to_string(arguments.reading));
-    }
-    return {chosen[arguments.reading - 1]};
+    reader.choose(arguments.reading);
 }
 
 }  // namespace eqrecord

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -58,14 +59,18 @@ void addNetcdfKind(CLI::App& verb, Arguments& arguments);
 /// Adds --byte-order, --reading and --partial.
 void addReading(CLI::App& verb, Arguments& arguments);
 
-/// Runs `tell` on each record, and returns the worst of its statuses; a record that can't be read
-/// is told on standard error, and the next one's turn comes.
+/// Tells on standard error why a record can't be read, and returns the status of that.
+int sayUnreadable(const std::runtime_error& error);
+
+/// Runs `tell` on each record, and returns the worst of its statuses; a record that can't be read,
+/// or does not have the reading that was chosen, is told on standard error, and the next one's turn
+/// comes.
 int forEachRecord(const Arguments& arguments,
                   const std::function<int(const std::string& path, record::RecordReader&)>& tell);
 
-/// The readings of an outcome that are to be shown: all, or the one that was chosen. Throws
-/// companion::UsageError when that isn't there.
-std::vector<const record::Reading*> chosenReadings(const Arguments& arguments,
-                                                   const record::Outcome& outcome);
+/// Makes the reading that was chosen, if one was, the only one. Throws std::runtime_error, with a
+/// message that names the path, when it isn't there.
+void chooseReading(const Arguments& arguments, const std::string& path,
+                   record::RecordReader& reader);
 
 }  // namespace eqrecord

@@ -67,10 +67,13 @@ void writeJson(const std::string& path, const record::RecordReader& reader,
 int tellFindings(const Arguments& arguments, bool isStrict) {
     companion::OutputFile output("-", false);
     const int status =
-        forEachRecord(arguments, [&](const std::string& path, record::RecordReader& reader) {
-            const auto readings = chosenReadings(arguments, reader.outcome());
-            const record::Reading* const reading = readings.empty() ? nullptr : readings.front();
-            const std::vector<Finding> findings = checkRecord(reader, reading);
+        forEachRecord(arguments, [&](const std::string& path, record::RecordReader& reader) -> int {
+            std::vector<Finding> findings;
+            try {
+                findings = checkRecord(reader);
+            } catch (const std::runtime_error& error) {
+                return sayUnreadable(error);
+            }
             if (arguments.format == "json") {
                 writeJson(path, reader, findings, output.stream());
             } else {

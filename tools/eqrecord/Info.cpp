@@ -36,17 +36,15 @@ int tellInfo(const Arguments& arguments) {
                 companion::say(programName, lint::printable(path) + ": ", tell(reader).front());
                 return companion::trouble;
             }
-            const auto readings = chosenReadings(arguments, reader.outcome());
             if (arguments.format == "json") {
-                writeInfoJson(path, reader, readings, output.stream());
+                writeInfoJson(path, reader, output.stream());
             } else {
                 output.stream() << (isFirst ? "" : "\n");
-                writeInfoText(path, reader, readings, output.stream());
+                writeInfoText(path, reader, output.stream());
             }
             isFirst = false;
-            const bool isChosen = state == record::State::ambiguous && arguments.reading > 0;
-            return state == record::State::complete || isChosen ? companion::nothingFound
-                                                                : companion::somethingFound;
+            return state == record::State::complete ? companion::nothingFound
+                                                    : companion::somethingFound;
         });
     output.commit();
     return result;

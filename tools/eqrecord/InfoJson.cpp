@@ -126,9 +126,9 @@ void writeTrailing(JsonWriter& json, const record::Ending& ending) {
 
 }  // namespace
 
-void writeInfoJson(const std::string& path, const record::RecordReader& reader,
-                   const std::vector<const record::Reading*>& readings, std::ostream& out) {
+void writeInfoJson(const std::string& path, const record::RecordReader& reader, std::ostream& out) {
     const record::Outcome& outcome = reader.outcome();
+    const std::vector<record::Reading>& readings = outcome.readings;
     JsonWriter json(out);
     json.beginObject();
     json.key("schema");
@@ -144,13 +144,13 @@ void writeInfoJson(const std::string& path, const record::RecordReader& reader,
         json.key("byte_order_certain");
         json.boolean(false);
     }
-    writeReading(json, *readings.front(), outcome.order);
+    writeReading(json, readings.front(), outcome.order);
     if (readings.size() > 1) {
         json.key("other_readings");
         json.beginArray();
         for (std::size_t i = 1; i < readings.size(); ++i) {
             json.beginObject();
-            writeReading(json, *readings[i], outcome.order);
+            writeReading(json, readings[i], outcome.order);
             json.endObject();
         }
         json.endArray();

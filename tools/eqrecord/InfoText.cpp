@@ -115,9 +115,9 @@ void writeReading(const record::Outcome& outcome, const record::Reading& reading
 
 }  // namespace
 
-void writeInfoText(const std::string& path, record::RecordReader& reader,
-                   const std::vector<const record::Reading*>& readings, std::ostream& out) {
+void writeInfoText(const std::string& path, record::RecordReader& reader, std::ostream& out) {
     const record::Outcome& outcome = reader.outcome();
+    const std::vector<record::Reading>& readings = outcome.readings;
     out << lint::printable(path) << ": " << nameOf(outcome.state) << ", " << reader.size()
         << (reader.size() == 1 ? " byte, " : " bytes, ") << nameOf(outcome.order) << "-endian\n";
     for (const std::string& line : tell(reader)) {
@@ -127,7 +127,7 @@ void writeInfoText(const std::string& path, record::RecordReader& reader,
         if (readings.size() > 1) {
             out << "\nreading     " << i + 1 << '\n';
         }
-        writeReading(outcome, *readings[i], out);
+        writeReading(outcome, readings[i], out);
     }
 }
 

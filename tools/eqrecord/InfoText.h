@@ -2,7 +2,6 @@
 
 #include <ostream>
 #include <string>
-#include <vector>
 
 #include "record/RecordReader.h"
 
@@ -10,7 +9,6 @@ namespace eqrecord {
 
 /// Writes what a record consists of for people: its state, the prologue of each reading, and a
 /// table of its configurations.
-void writeInfoText(const std::string& path, record::RecordReader& reader,
-                   const std::vector<const record::Reading*>& readings, std::ostream& out);
+void writeInfoText(const std::string& path, record::RecordReader& reader, std::ostream& out);
 
 }  // namespace eqrecord

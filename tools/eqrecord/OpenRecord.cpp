@@ -14,7 +14,7 @@ namespace eqrecord {
 namespace {
 
 /// Why the record is not taken; "" when it is.
-std::string refusalOf(record::RecordReader& reader, const Arguments& arguments) {
+std::string refusalOf(record::RecordReader& reader, bool takesPartial) {
     switch (reader.outcome().state) {
         case record::State::complete:
         case record::State::fewerBlocks:
@@ -22,13 +22,9 @@ std::string refusalOf(record::RecordReader& reader, const Arguments& arguments) 
         case record::State::damaged:
             return tell(reader).front();
         case record::State::ambiguous:
-            return arguments.reading > 0
-                       ? ""
-                       : tell(reader).front() + ": see 'eqrecord info', choose with --reading";
+            return tell(reader).front() + "; 'eqrecord info' shows them";
         default:
-            return arguments.takesPartial
-                       ? ""
-                       : tell(reader).front() + "; --partial takes what is whole";
+            return takesPartial ? "" : tell(reader).front() + "; --partial takes what is whole";
     }
 }
 
@@ -36,11 +32,11 @@ std::string refusalOf(record::RecordReader& reader, const Arguments& arguments) 
 
 OpenRecord::OpenRecord(std::string path, const Arguments& arguments)
     : path_(std::move(path)), reader_(path_, arguments.order()) {
-    const std::string refusal = refusalOf(reader_, arguments);
+    chooseReading(arguments, path_, reader_);
+    const std::string refusal = refusalOf(reader_, arguments.takesPartial);
     if (!refusal.empty()) {
         throw std::runtime_error(lint::printable(path_) + ": " + refusal);
     }
-    reading_ = chosenReadings(arguments, reader_.outcome()).front();
 }
 
 }  // namespace eqrecord

@@ -20,14 +20,13 @@ class OpenRecord {
     const std::string& path() const { return path_; }
     record::RecordReader& reader() { return reader_; }
     const record::Outcome& outcome() const { return reader_.outcome(); }
-    const record::Reading& reading() const { return *reading_; }
+    const record::Reading& reading() const { return outcome().readings.front(); }
     /// Whether the record ends in one of its fields, which only --partial lets through.
     bool isIncomplete() const { return outcome().state == record::State::incomplete; }
 
   private:
     std::string path_;
     record::RecordReader reader_;
-    const record::Reading* reading_;
 };
 
 }  // namespace eqrecord

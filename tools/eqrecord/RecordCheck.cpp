@@ -69,15 +69,10 @@ class RecordCheck {
   public:
     explicit RecordCheck(record::RecordReader& reader) : reader_(reader) {}
 
-    std::vector<Finding> run(const record::Reading* reading) {
+    std::vector<Finding> run() {
         checkState();
-        if (reading != nullptr) {
-            checkCounts(*reading);
-            checkDates(*reading);
-            checkBands(*reading);
-            for (const record::File& file : reading->files) {
-                checkFile(file);
-            }
+        if (!reader_.outcome().readings.empty()) {
+            checkReading(reader_.outcome().readings.front());
         }
         return std::move(findings_);
     }
@@ -91,6 +86,7 @@ class RecordCheck {
     }
 
     void checkState();
+    void checkReading(const record::Reading& reading);
     void checkCounts(const record::Reading& reading);
     void checkDates(const record::Reading& reading);
     void checkBands(const record::Reading& reading);
@@ -124,6 +120,15 @@ void RecordCheck::checkState() {
     }
     if (!outcome.isOrderCertain) {
         note("RC107", 0, lines.back());
+    }
+}
+
+void RecordCheck::checkReading(const record::Reading& reading) {
+    checkCounts(reading);
+    checkDates(reading);
+    checkBands(reading);
+    for (const record::File& file : reading.files) {
+        checkFile(file);
     }
 }
 
@@ -243,8 +248,8 @@ void RecordCheck::checkVector(const Summary& summary, std::uint64_t offset,
 
 }  // namespace
 
-std::vector<Finding> checkRecord(record::RecordReader& reader, const record::Reading* reading) {
-    return RecordCheck(reader).run(reading);
+std::vector<Finding> checkRecord(record::RecordReader& reader) {
+    return RecordCheck(reader).run();
 }
 
 }  // namespace eqrecord

@@ -18,9 +18,8 @@ struct Finding {
     std::string message;  ///< one line, safe for terminals
 };
 
-/// Checks a record: its layout, then all that is whole of the reading, which is one of the
-/// outcome's, or null when there is none. Reads all vectors. Throws std::runtime_error when it
-/// can't.
-std::vector<Finding> checkRecord(record::RecordReader& reader, const record::Reading* reading);
+/// Checks a record: its layout, then all that is whole of its first reading. Reads all vectors.
+/// Throws std::runtime_error when it can't.
+std::vector<Finding> checkRecord(record::RecordReader& reader);
 
 }  // namespace eqrecord
