@@ -20,11 +20,8 @@ using Row = std::array<std::string, columnCount>;
 
 constexpr std::array<bool, columnCount> isRightAligned{true, true, false, false, true, true, false};
 
-/// Columns on a terminal: characters, not bytes.
-std::size_t widthOf(std::string_view text) {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));
-}
+/// Columns are at most so wide; a longer text moves what stands behind it.
+constexpr std::size_t greatestWidth = 40;
 
 Row rowOf(const record::File& file, std::size_t number) {
     return {std::to_string(number),
@@ -59,13 +56,14 @@ void writeTable(const record::Reading& reading, std::ostream& out) {
     std::array<std::size_t, columnCount> widths{};
     makeRows(reading, [&](const Row& row) {
         for (std::size_t i = 0; i < columnCount; ++i) {
-            widths[i] = std::max(widths[i], widthOf(row[i]));
+            widths[i] = std::max(widths[i], std::min(lint::cellsOf(row[i]), greatestWidth));
         }
     });
     makeRows(reading, [&](const Row& row) {
         std::string line;
         for (std::size_t i = 0; i < columnCount; ++i) {
-            const std::string fill(widths[i] - widthOf(row[i]), ' ');
+            const std::size_t width = lint::cellsOf(row[i]);
+            const std::string fill(widths[i] - std::min(widths[i], width), ' ');
             line += i == 0 ? "" : "  ";
             line += isRightAligned[i] ? fill + row[i] : row[i] + fill;
         }
