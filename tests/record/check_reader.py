@@ -128,7 +128,7 @@ def told_of_cut(path, files, fields, size, order="<"):
         ends["label"] = next(field[1] for field in reversed(fields[:end]) if field[0] == 14).decode()
     if number == 17:
         ends["vectors_whole"] = ends["bytes"] * 48 // len(content)
-    if size == offsets[end] and (number == 16 or (number == 9 and f > 1)):
+    if size == offsets[end] and (number == 16 or (number == 9 and f > 1 and fields[end - 1][0] != 8)):
         ends["cause"] = "stopped_in_configuration" if number == 16 else "nuc_table_mismatch"
     return {**value, "state": "incomplete", "ends": ends}
 
@@ -332,6 +332,7 @@ def faulty_records():
     yield edit(where[5, 0, 0], b"2015-02-29"), f"RC206@{where[5, 0, 0]}"
     yield edit(where[5, 0, 0], b"2031-01-01"), f"RC207@{where[5, 0, 0]}"
     yield edit(where[15, 2, 1], infinite), f"RC208@{where[13, 2, 1]}"
+    yield edit(where[4, 0, 0], b"1" + one[where[4, 0, 0]:]), f"RC209@{where[4, 0, 0]}"
 
 
 def check_findings():

@@ -18,6 +18,8 @@ namespace eqrecord {
 
 namespace {
 
+constexpr std::size_t usualDate = 19;  // characters
+
 constexpr std::array dayCounts{31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 
 /// The two digits of a date from a place on that is counted from its end.
@@ -159,6 +161,9 @@ void RecordCheck::checkDates(const record::Reading& reading) {
         if (!date->empty() && !isDate(*date)) {
             error("RC206", offset, "no date of the calendar: " + *date);
             areDates = false;
+        } else if (date->size() > usualDate) {
+            // A wrong file type length makes the end of the file type the beginning of a year.
+            note("RC209", offset, "a year that is not of four digits: " + *date);
         }
         offset += date->size();
     }

@@ -23,8 +23,11 @@ std::string counted(std::uint64_t count, std::string_view thing) {
     return std::to_string(count) + ' ' + std::string(thing) + (count == 1 ? "" : "s");
 }
 
+/// A label, of which damage can make one of any length.
 std::string quoted(std::string_view text) {
-    return '"' + lint::printable(text) + '"';
+    constexpr std::size_t longest = 100;
+    const bool isLong = text.size() > longest;
+    return '"' + lint::printable(text.substr(0, longest)) + (isLong ? "\"..." : "\"");
 }
 
 /// "field 17 (coefficient vectors) of file 2, configuration 1 "ALL"".
@@ -49,7 +52,7 @@ std::string wholeOf(const record::Outcome& outcome) {
     if (reading.filesCounted == 0) {
         return "no file is there";
     }
-    std::string text = "whole are " + std::to_string(ending.file - 1) + " of " +
+    std::string text = "whole: " + std::to_string(ending.file - 1) + " of " +
                        counted(reading.filesCounted, "file");
     if (ending.configuration > 0) {
         const record::File& file = reading.files.back();
@@ -88,7 +91,7 @@ std::string tellDamage(record::RecordReader& reader) {
     return (ending.field == 1
                 ? "no record"
                 : "damaged at " + hexNumber(ending.offset) + " in " + placeOf(ending)) +
-           ": expected " + expectedOf(ending) + ", found " + found;
+           ": expected " + expectedOf(ending) + ", found " + (found.empty() ? "nothing" : found);
 }
 
 std::string tellTrailing(const record::Ending& ending) {
@@ -99,7 +102,8 @@ std::string tellTrailing(const record::Ending& ending) {
 std::string tellAmbiguity(const record::Outcome& outcome) {
     const std::size_t count = outcome.readings.size();
     return "can be read in " + std::to_string(count) +
-           (count == record::ReadingSearch::maxReadings ? " ways or more" : " ways");
+           (count == record::ReadingSearch::maxReadings ? " ways or more" : " ways") +
+           ": choose with --reading";
 }
 
 }  // namespace
@@ -130,11 +134,18 @@ std::string_view causeOf(const record::Outcome& outcome) {
     if (outcome.state != record::State::incomplete || ending.available > 0) {
         return "";
     }
-    // Before a band that follows field 8 the identifier has no reason to stop at.
-    if (ending.field == 9 && ending.file > 1) {
-        return "nuc_table_mismatch";
+    if (ending.field == 16) {
+        return "stopped_in_configuration";
     }
-    return ending.field == 16 ? "stopped_in_configuration" : "";
+    if (ending.field != 9 || ending.file < 2) {
+        return "";
+    }
+    // Behind a negative identifier field 8 stands before the band, and nothing is compared.
+    const std::vector<record::File>& files = outcome.readings.front().files;
+    const auto last = std::find_if(files.rbegin(), files.rend(), [](const record::File& file) {
+        return file.nucTableId.has_value();
+    });
+    return *last->nucTableId < 0 ? "" : "nuc_table_mismatch";
 }
 
 std::string expectedOf(const record::Ending& ending) {
@@ -143,8 +154,8 @@ std::string expectedOf(const record::Ending& ending) {
         case record::Form::marker:
             return "the marker \"ZEDA\"";
         case record::Form::numberText:
-            return field.fill == '0' ? "a number of two digits or more"
-                                     : "a number of two characters or more";
+            return field.fill == '0' ? "a number such as \"09\" or \"14\""
+                                     : "a number such as \" 9\" or \"14\"";
         case record::Form::date:
             return "a date";
         case record::Form::real:
@@ -197,7 +208,8 @@ std::vector<std::string> tell(record::RecordReader& reader) {
             break;
     }
     if (!outcome.isOrderCertain) {
-        lines.emplace_back("byte order can't be told");
+        lines.push_back("byte order can't be told; it is taken for " +
+                        std::string(nameOf(outcome.order)) + "-endian");
     }
     return lines;
 }
