@@ -69,10 +69,11 @@ void addFormat(CLI::App& verb, Arguments& arguments, const std::vector<std::stri
         ->check(CLI::IsMember(formats));
 }
 
-void addOutput(CLI::App& verb, Arguments& arguments) {
-    addOption(verb, "Output", "-o", "FILE", arguments.output,
-              "Write to this file, which must be new");
+CLI::Option* addOutput(CLI::App& verb, Arguments& arguments) {
+    CLI::Option* const output = addOption(verb, "Output", "-o", "FILE", arguments.output,
+                                          "Write to this file, which must be new");
     verb.add_flag("--overwrite", arguments.overwrites, "Replace the file of -o")->group("Output");
+    return output;
 }
 
 void addNetcdfKind(CLI::App& verb, Arguments& arguments) {

@@ -52,8 +52,8 @@ void endVerb(CLI::App& verb, const char* footer, const std::function<void()>& on
 void addRecords(CLI::App& verb, Arguments& arguments, bool takesMany);
 /// Adds --format with these values, the first of which is the default.
 void addFormat(CLI::App& verb, Arguments& arguments, const std::vector<std::string>& formats);
-/// Adds -o and --overwrite.
-void addOutput(CLI::App& verb, Arguments& arguments);
+/// Adds -o, which it returns, and --overwrite.
+CLI::Option* addOutput(CLI::App& verb, Arguments& arguments);
 /// Adds --netcdf-kind.
 void addNetcdfKind(CLI::App& verb, Arguments& arguments);
 /// Adds --byte-order, --reading and --partial.

@@ -63,9 +63,10 @@ void addExport(CLI::App& app, Work& work, std::span<char* const> given) {
         ->check(CLI::IsMember({"netcdf", "xml"}))
         ->required();
     addNetcdfKind(verb, *arguments);
-    addOutput(verb, *arguments);
-    verb.get_option("-o")->option_text("PATH")->description(
-        "Write to this file, or folder of xml, which must\nbe new");
+    // Not asked for by its name afterwards, which aborts where there is no memory.
+    addOutput(verb, *arguments)
+        ->option_text("PATH")
+        ->description("Write to this file, or folder of xml, which must\nbe new");
     selection->addTo(verb);
     addReading(verb, *arguments);
     endVerb(verb, footer, [arguments, selection, &work, given] {
