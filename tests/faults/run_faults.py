@@ -24,6 +24,7 @@ def encoded(text, name, codec):
 FILES = {
     "small.xml": SAMPLE.encode(), "utf8.xml": SMALL.encode(), "latin.xml": encoded(SMALL, "ISO-8859-1", "latin-1"),
     "utf16.xml": b"\xff\xfe" + encoded(SMALL, "UTF-16", "utf-16-le"),
+    "the.record": (HERE.parents[1] / "samples/EQ_B4.record").read_bytes(),
     "d/1": b"one" * 1000, "d/2@": b"", "d/3": b"", "d/4": b"four" * 1000,
 }
 # What is run, where standard output goes, and the kinds of call that have to be reached.
