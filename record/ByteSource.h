@@ -28,6 +28,7 @@ class ByteSource {
     ByteSource& operator=(const ByteSource&) = delete;
     ~ByteSource();
 
+    const std::string& path() const { return path_; }
     std::uint64_t size() const { return size_; }
 
     /// The bytes from `offset` on, which may lie behind the end: `length` of them, or all that are

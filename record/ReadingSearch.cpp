@@ -328,7 +328,7 @@ Reading ReadingSearch::readingOf(Branch branch, Ending* ending) {
         Values values;
         // What could be read before can be read again, unless somebody writes to the file.
         if (Place next = from; !follow(next, to.way, reader, values)) {
-            throw std::runtime_error("the record has changed while it was read");
+            throw std::runtime_error(bytes_.path() + ": has changed while it was read");
         }
         append(from, values, to, reading);
         from = to;

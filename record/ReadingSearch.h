@@ -23,6 +23,8 @@ class ReadingSearch {
 
     /// The bytes are not owned.
     ReadingSearch(ByteSource& bytes, ByteOrder order) : bytes_(bytes), order_(order) {}
+    ReadingSearch(const ReadingSearch&) = delete;
+    ReadingSearch& operator=(const ReadingSearch&) = delete;
 
     /// Finds all readings of the best class, or else where the best of the others ends.
     Outcome run();
