@@ -107,11 +107,11 @@ bool FieldReader::readText(int number, std::uint64_t length, std::string_view pr
     return true;
 }
 
-bool FieldReader::readName(int number, std::uint64_t length, TextPlace& text) {
-    constexpr std::string_view forbidden("/\0", 2);
-    // In pieces, as damage can make a name of any length.
+bool FieldReader::readTextWithout(std::string_view forbidden, int number, std::uint64_t length,
+                                  TextPlace& text) {
+    // In pieces, as damage can make a text of any length.
     const std::uint64_t end = offset_ + std::min(length, left());
-    for (std::uint64_t at = offset_; at < end;) {
+    for (std::uint64_t at = offset_; !forbidden.empty() && at < end;) {
         const auto wanted = std::min<std::uint64_t>(end - at, ByteSource::windowSize);
         const std::string_view piece = bytes_.view(at, static_cast<std::size_t>(wanted));
         searched_ += piece.size();

@@ -30,7 +30,7 @@ class FieldReader {
     int obstacle() const { return obstacle_; }
     /// Whether the input ends in this field, and all that is there of it is in its form.
     bool isAtEnd() const { return isAtEnd_; }
-    /// How many bytes of names were searched.
+    /// How many bytes were searched for such characters.
     std::uint64_t searched() const { return searched_; }
 
     /// Each reads field `number`, and returns whether it is there.
@@ -39,8 +39,9 @@ class FieldReader {
     bool readNumber(int number, std::size_t width, std::uint64_t& value, std::uint64_t least = 0);
     /// A text that begins with `prefix`, or with a part of it when it is shorter.
     bool readText(int number, std::uint64_t length, std::string_view prefix, TextPlace& text);
-    /// A text without slash and NUL, which is searched for them.
-    bool readName(int number, std::uint64_t length, TextPlace& text);
+    /// A text that has none of these characters.
+    bool readTextWithout(std::string_view forbidden, int number, std::uint64_t length,
+                         TextPlace& text);
     bool readDate(int number, TextPlace& text);
     bool readInt16(int number, std::int16_t& value);
     /// The same of a value that must not be negative.

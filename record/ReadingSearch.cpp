@@ -182,7 +182,8 @@ void ReadingSearch::tryNext() {
     }
 }
 
-bool ReadingSearch::follow(Place& place, std::uint8_t way, FieldReader& reader, Values& values) {
+bool ReadingSearch::follow(Place& place, std::uint8_t way, FieldReader& reader,
+                           Values& values) const {
     bool isFree = false;
     if (place.field == 2) {
         isFree = readPrologue(way, reader, values);
@@ -193,7 +194,7 @@ bool ReadingSearch::follow(Place& place, std::uint8_t way, FieldReader& reader, 
         isFree = isFree && readFileStart(place, true, reader, values);
     } else if (place.field == 10) {
         isFree = reader.readNumber(10, way, values.number) &&
-                 reader.readName(11, values.number, values.text) &&
+                 reader.readTextWithout({"/\0", 2}, 11, values.number, values.text) &&
                  reader.readByte(12, place.counted);
         place.field = 13;
     } else if (way == wayOut) {
@@ -234,12 +235,13 @@ bool ReadingSearch::readFileStart(Place& next, bool hasNucTable, FieldReader& re
 }
 
 bool ReadingSearch::readConfiguration(Place& next, std::uint8_t width, FieldReader& reader,
-                                      Values& values) {
+                                      Values& values) const {
+    const std::string_view forbidden("\0", takesNul_ ? 0 : 1);
     Configuration& read = values.configuration;
     const bool isFirst = next.configurations == 0;
     read.offset = reader.offset();
     if (!reader.readNumber(13, width, values.number) ||
-        !reader.readText(14, values.number, {}, values.text) ||
+        !reader.readTextWithout(forbidden, 14, values.number, values.text) ||
         !reader.readReal(15, isFirst ? std::nullopt : std::optional(next.epsilon),
                          read.epsilonBits)) {
         return false;

@@ -21,8 +21,9 @@ class ReadingSearch {
     static constexpr std::size_t maxPlaces = 1'000'000;
     static constexpr std::size_t maxReadings = 8;
 
-    /// The bytes are not owned.
-    ReadingSearch(ByteSource& bytes, ByteOrder order) : bytes_(bytes), order_(order) {}
+    /// The bytes are not owned. `takesNul` is whether a label may hold a NUL.
+    ReadingSearch(ByteSource& bytes, ByteOrder order, bool takesNul)
+        : bytes_(bytes), order_(order), takesNul_(takesNul) {}
     ReadingSearch(const ReadingSearch&) = delete;
     ReadingSearch& operator=(const ReadingSearch&) = delete;
 
@@ -105,11 +106,11 @@ class ReadingSearch {
 
     /// Goes on from a place, which becomes the next one, as far as the way is free; the reader says
     /// why it isn't.
-    static bool follow(Place& place, std::uint8_t way, FieldReader& reader, Values& values);
+    bool follow(Place& place, std::uint8_t way, FieldReader& reader, Values& values) const;
     static bool readPrologue(std::uint8_t width, FieldReader& reader, Values& values);
     static bool readFileStart(Place& next, bool hasNucTable, FieldReader& reader, Values& values);
-    static bool readConfiguration(Place& next, std::uint8_t width, FieldReader& reader,
-                                  Values& values);
+    bool readConfiguration(Place& next, std::uint8_t width, FieldReader& reader,
+                           Values& values) const;
 
     void considerEnd(const Place& place, Branch branch);
     void considerCandidate(const Place& place, Candidate candidate);
@@ -123,6 +124,7 @@ class ReadingSearch {
 
     ByteSource& bytes_;
     ByteOrder order_;
+    bool takesNul_;
     Counts worst_ = Counts::kept;
     std::vector<Place> places_;
     std::vector<Step> steps_;

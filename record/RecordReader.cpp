@@ -3,6 +3,10 @@
 // bytes both orders give the same layout, and in a record that is not whole a wrong P can reach
 // over all that is left. What people write, and the fill value, is hardly ever a number of usual
 // size the wrong way round.
+//
+// The converter drops each NUL of its input, so a label has none. What is taken for a label by
+// chance nearly always has: a P below 257, most epsilons and vectors do. Labels with NUL are
+// therefore only tried when there is neither a reading without nor one before a second record.
 
 #include "record/RecordReader.h"
 
@@ -42,13 +46,23 @@ long pointsOf(std::string_view bytes, ByteOrder order) {
 }  // namespace
 
 RecordReader::RecordReader(const std::string& path, std::optional<ByteOrder> order) : bytes_(path) {
-    outcome_.order = order.value_or(machineOrder);
-    order ? void(outcome_ = ReadingSearch(bytes_, *order).run()) : chooseOrder();
+    read(order);
 }
 
 RecordReader::RecordReader(std::string_view bytes, std::optional<ByteOrder> order)
     : bytes_(ByteSource::ofBytes(bytes)) {
-    order ? void(outcome_ = ReadingSearch(bytes_, *order).run()) : chooseOrder();
+    read(order);
+}
+
+void RecordReader::read(std::optional<ByteOrder> order) {
+    outcome_ = outcome(order, false);
+    if (outcome_.state > State::ambiguous && !outcome_.ending.isSecondRecord) {
+        outcome_ = outcome(order, true);
+    }
+}
+
+Outcome RecordReader::outcome(std::optional<ByteOrder> order, bool takesNul) {
+    return order ? ReadingSearch(bytes_, *order, takesNul).run() : outcomeOfBoth(takesNul);
 }
 
 void RecordReader::choose(std::size_t number) {
@@ -61,10 +75,10 @@ void RecordReader::choose(std::size_t number) {
     }
 }
 
-void RecordReader::chooseOrder() {
-    ReadingSearch search(bytes_, machineOrder);
-    ReadingSearch otherSearch(bytes_, otherOrder(machineOrder));
-    outcome_ = search.run();
+Outcome RecordReader::outcomeOfBoth(bool takesNul) {
+    ReadingSearch search(bytes_, machineOrder, takesNul);
+    ReadingSearch otherSearch(bytes_, otherOrder(machineOrder), takesNul);
+    Outcome result = search.run();
     Outcome other = otherSearch.run();
     // The smaller the better: first what is a reading, by its class, then what may have one.
     const auto rank = [](const Outcome& outcome) {
@@ -72,20 +86,21 @@ void RecordReader::chooseOrder() {
                : outcome.ending.isGivenUp        ? 100
                                                  : 200;
     };
-    long advantage = rank(other) - rank(outcome_);
+    long advantage = rank(other) - rank(result);
     if (advantage == 0) {
-        advantage = plausibility(outcome_) - plausibility(other);
-        if (outcome_.state > State::ambiguous) {
+        advantage = plausibility(result) - plausibility(other);
+        if (result.state > State::ambiguous) {
             advantage = std::clamp(advantage, -valuePoints, valuePoints) + search.evidence() -
                         otherSearch.evidence();
         }
     }
     // Texts are read without an order, and a file is the first that has something else.
-    outcome_.isOrderCertain =
-        advantage != 0 || outcome_.readings.empty() || outcome_.readings[0].files.empty();
+    result.isOrderCertain =
+        advantage != 0 || result.readings.empty() || result.readings[0].files.empty();
     if (advantage < 0) {
-        outcome_ = std::move(other);
+        result = std::move(other);
     }
+    return result;
 }
 
 /// How much the values of an outcome, or of its first configurations if it has many, look like

@@ -48,8 +48,10 @@ class RecordReader {
 
   private:
     RecordReader(std::string_view bytes, std::optional<ByteOrder> order);
+    void read(std::optional<ByteOrder> order);
+    Outcome outcome(std::optional<ByteOrder> order, bool takesNul);
     /// Decides between the outcomes of both orders.
-    void chooseOrder();
+    Outcome outcomeOfBoth(bool takesNul);
     long plausibility(const Outcome& outcome);
     long plausibility(const Configuration& configuration, ByteOrder order);
     void readVectors(const Configuration& configuration, int first, int count,

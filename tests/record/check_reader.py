@@ -321,6 +321,9 @@ def faulty_records():
     yield one[:where[13, 1, 1]], f"RC103@{where[13, 1, 1]} RC107@0"
     yield one[:where[13, 2, 1]], f"RC104@{where[9, 2, 0]}"
     yield one + b"!", f"RC105@{len(one)}"
+    # Two of these can also be read as one with a label of 112 bytes.
+    short = b"ZEDA 7VORN/_E" + one[20:77] + b" 1\7\0\1" + b"01A\1" + b"112015 config" + quarter + b"\0\0"
+    yield short + short, f"RC105@{len(short)}"
     yield start + b"\2" + b"100" + b"x" * 9 + quarter + b"\0\0" + ends, "RC106@0"
     yield start + b"\3" + b"100" + b"x" * 9 + quarter + b"\0\0" + ends, "RC106@0 RC104@79"
     yield start + b"\1" + b"01A" + bytes(10), "RC107@0"
