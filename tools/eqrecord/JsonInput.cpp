@@ -1,6 +1,9 @@
 // The bytes that are left are moved to the front before more are read, so that what is ahead is in
 // one piece, however it lies across the reads. That happens once in a buffer of bytes, and costs
 // nothing beside them.
+//
+// The library takes a NUL for the end of the text, whatever is behind it, and keeps all that stands
+// between two strings in memory, blanks too. The iterator keeps both from it.
 
 #include "tools/eqrecord/JsonInput.h"
 
@@ -14,6 +17,7 @@ namespace eqrecord {
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{1} << 18;
+constexpr std::string_view blanks = " \n\r\t";
 
 /// Standard input is not ours to close.
 int keepOpen(std::FILE*) {
@@ -60,6 +64,29 @@ void JsonInput::skip(std::size_t count) {
         count -= newline + 1;
     }
     column_ += count;
+}
+
+/// The next byte. Between strings a NUL becomes another character that can't be there.
+char JsonInput::character() {
+    const char c = ahead().front();
+    return c == '\0' && !isInText_ ? '\1' : c;
+}
+
+void JsonInput::skipCharacter() {
+    const char c = ahead().front();
+    skip(1);
+    if (c == '"' && !isEscaped_) {
+        isInText_ = !isInText_;
+    }
+    isEscaped_ = isInText_ && c == '\\' && !isEscaped_;
+    if (isInText_ || blanks.find(c) == std::string_view::npos) {
+        return;
+    }
+    std::size_t count = 0;
+    do {
+        skip(count);
+        count = std::min(ahead().find_first_not_of(blanks), ahead().size());
+    } while (count > 0);
 }
 
 std::string JsonInput::place() const {

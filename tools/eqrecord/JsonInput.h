@@ -38,7 +38,8 @@ class JsonInput {
     /// Line and column, from 1 and in bytes, of the last byte that was skipped.
     std::string place() const;
 
-    /// Takes the bytes one by one; all of them share one place.
+    /// Takes the bytes one by one, of blanks between two parts the first alone; all iterators
+    /// share one place.
     class Iterator {
       public:
         using iterator_category = std::input_iterator_tag;
@@ -49,9 +50,9 @@ class JsonInput {
 
         Iterator() = default;
         explicit Iterator(JsonInput& input) : input_(&input) {}
-        char operator*() const { return input_->ahead().front(); }
+        char operator*() const { return input_->character(); }
         Iterator& operator++() {
-            input_->skip(1);
+            input_->skipCharacter();
             return *this;
         }
         /// Only for comparing with the end.
@@ -67,6 +68,8 @@ class JsonInput {
 
   private:
     JsonInput(std::string path, std::string_view text) : path_(std::move(path)), left_(text) {}
+    char character();
+    void skipCharacter();
     void fill();
     [[noreturn]] void fail() const;
 
@@ -75,6 +78,8 @@ class JsonInput {
     std::vector<char> buffer_;
     std::string_view left_;
     bool isMore_ = false;
+    bool isInText_ = false;   ///< what the iterator comes to is part of a string
+    bool isEscaped_ = false;  ///< and stands behind a backslash
     std::size_t line_ = 1;
     std::size_t column_ = 0;
 };
