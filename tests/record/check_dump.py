@@ -209,6 +209,8 @@ def refusals():
     yield "[1, 2, 3]", f"[{'1,' * 32767}1]", "/files/0/configurations/0/COEFF_A1/0/32767: is one more"
     yield "[1, 2, 3]", "[0." + "1" * 5000 + "]", "/files/0/configurations/0/COEFF_A1/0/0: must be a number"
     yield "EQ_B4.xml", "\udcff", "line 2, column "
+    yield "]}]}]}", "]}]}]}\n\0", "line 12, column 1: syntax error"  # which the library takes for the end
+    yield '"band"', f'"{"b" * 10**6}"', f"/files/0/{'b' * 40}...: is unknown here\n"
 
 
 def check_refusals():

@@ -86,6 +86,10 @@ Refusal notReal() {
     return Refusal("must be a number, null, \"inf\", \"-inf\" or bits as \"0x7ff8000000000123\"");
 }
 
+Refusal outOfRange() {
+    return Refusal("is too large or too small for a double");
+}
+
 std::string bytesOf(const std::string& digits) {
     std::string bytes;
     for (std::size_t i = 0; i < digits.size(); i += 2) {

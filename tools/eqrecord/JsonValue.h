@@ -36,6 +36,8 @@ double realOf(const JsonValue& value);
 double realOf(std::string_view text);
 /// The refusal of what is no real.
 Refusal notReal();
+/// The refusal of a number that no double comes near.
+Refusal outOfRange();
 /// The bytes of two hexadecimal digits each.
 std::string bytesOf(const std::string& digits);
 

@@ -114,7 +114,7 @@ double RealArray::number() {
     const auto result = std::from_chars(text_.data(), text_.data() + text_.size(), value);
     const auto length = static_cast<std::size_t>(result.ptr - text_.data());
     if (result.ec == std::errc::result_out_of_range) {
-        throw Refusal("is too large or too small for a double");
+        throw outOfRange();
     }
     // One that fills a piece may go on behind it.
     if (result.ec != std::errc() || length >= JsonInput::longestPiece ||

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "lint/Teller.h"
 #include "tools/eqrecord/JsonValue.h"
 #include "tools/eqrecord/RealArray.h"
 #include "tools/eqrecord/RecordFields.h"
@@ -29,7 +30,7 @@ class RecordJson : public nlohmann::json_sax<nlohmann::json> {
     bool boolean(bool value) override { return take(value); }
     bool number_integer(number_integer_t value) override { return take(std::int64_t{value}); }
     bool number_unsigned(number_unsigned_t value) override { return take(std::uint64_t{value}); }
-    bool number_float(number_float_t value, const string_t&) override { return take(value); }
+    bool number_float(number_float_t value, const string_t& text) override;
     bool string(string_t& value) override { return take(std::move(value)); }
     bool binary(binary_t&) override { return false; }  // not in JSON
     bool start_object(std::size_t) override;
@@ -45,15 +46,14 @@ class RecordJson : public nlohmann::json_sax<nlohmann::json> {
     struct Open {
         Part part;
         const RecordField* field = nullptr;  ///< of an object: the one whose value comes
-        std::string step{};                  ///< its key, or the place in an array
+        std::string step{};                  ///< '/' and its key, or the place in an array
         std::size_t items = 0;               ///< of an array
         std::uint32_t seen = 0;              ///< of an object: fields, by their place in the table
     };
 
     bool take(const JsonValue& value);
     bool begin(Part part);
-    /// Of an array: the next item comes.
-    void nextItem();
+    void beginValue();
     void checkFields();
     void endPart();
     void readVector(int kind);
@@ -67,7 +67,7 @@ class RecordJson : public nlohmann::json_sax<nlohmann::json> {
 std::string RecordJson::pointer() const {
     std::string text;
     for (const Open& open : open_) {
-        text += open.step.empty() ? "" : '/' + open.step;
+        text += open.step;
     }
     return text;
 }
@@ -78,12 +78,16 @@ bool RecordJson::begin(Part part) {
     return true;
 }
 
-void RecordJson::nextItem() {
-    open_.back().step = std::to_string(open_.back().items++);
+/// A value comes, which is the next item if that is in an array. Only objects are in none.
+void RecordJson::beginValue() {
+    if (!open_.empty() && open_.back().field == nullptr) {
+        open_.back().step = '/' + std::to_string(open_.back().items++);
+    }
 }
 
 /// Takes a value that has no parts.
 bool RecordJson::take(const JsonValue& value) {
+    beginValue();
     if (open_.empty()) {
         throw Refusal("must be an object");
     }
@@ -91,13 +95,11 @@ bool RecordJson::take(const JsonValue& value) {
     if (open.part == Part::bytes) {
         bytes_ = bytesOf(textOf(value));
     } else if (open.part == Part::kind) {
-        nextItem();
         if (!std::holds_alternative<std::nullptr_t>(value)) {
             throw Refusal("must be a list of numbers, or null");
         }
         builder_.addFill(open_[open_.size() - 2].field->kind);
     } else if (open.field == nullptr) {
-        nextItem();
         throw Refusal("must be an object");
     } else if (open.field->set == nullptr) {
         throw Refusal("must be a list");
@@ -107,18 +109,27 @@ bool RecordJson::take(const JsonValue& value) {
     return true;
 }
 
+/// The library takes what is too small for a double for 0.
+bool RecordJson::number_float(number_float_t value, const string_t& text) {
+    const std::string_view digits = std::string_view(text).substr(0, text.find_first_of("eE"));
+    if (value == 0 && digits.find_first_not_of("-0.") != std::string_view::npos) {
+        beginValue();
+        throw outOfRange();
+    }
+    return take(value);
+}
+
 bool RecordJson::start_object(std::size_t) {
+    beginValue();
     if (open_.empty()) {
         return begin(Part::record);
     }
     const Open& open = open_.back();
     if (open.part == Part::files) {
-        nextItem();
         builder_.beginFile();
         return begin(Part::file);
     }
     if (open.part == Part::configurations) {
-        nextItem();
         builder_.beginConfiguration();
         return begin(Part::configuration);
     }
@@ -130,7 +141,7 @@ bool RecordJson::start_object(std::size_t) {
 
 bool RecordJson::key(string_t& key) {
     Open& open = open_.back();
-    open.step = key;
+    open.step = '/' + lint::shortened(key);
     const auto fields = fieldsOf(open.part);
     const auto field = std::ranges::find(fields, key, &RecordField::key);
     if (field == fields.end()) {
@@ -193,17 +204,14 @@ void RecordJson::endPart() {
 }
 
 bool RecordJson::start_array(std::size_t) {
+    beginValue();
     if (open_.empty()) {
         throw Refusal("must be an object");
     }
     const Open& open = open_.back();
     if (open.part == Part::kind) {
-        nextItem();
         readVector(open_[open_.size() - 2].field->kind);
         return true;
-    }
-    if (open.field == nullptr) {
-        nextItem();
     }
     if (open.field == nullptr || open.field->set != nullptr) {
         throw Refusal("must not be a list");
@@ -228,6 +236,10 @@ bool RecordJson::end_array() {
 /// Tells where, as the library has not seen all of the text, and what, as it does.
 bool RecordJson::parse_error(std::size_t, const std::string&,
                              const nlohmann::detail::exception& error) {
+    if (dynamic_cast<const nlohmann::json::out_of_range*>(&error) != nullptr) {
+        beginValue();
+        throw outOfRange();
+    }
     std::string_view message = error.what();
     for (const std::string_view start : {"] ", "column ", ": "}) {
         const std::size_t at = message.find(start);
