@@ -21,6 +21,8 @@ namespace record {
 namespace {
 
 constexpr std::size_t spoolPiece = std::size_t{1} << 16;
+/// Shorter ones mostly lie side by side, and are not worth a call of the system each.
+constexpr std::size_t shortPiece = 1024;
 
 /// Reads what comes next; 0 at the end, -1 and errno when that fails.
 ssize_t readSome(int descriptor, std::vector<char>& buffer) {
@@ -149,8 +151,8 @@ void ByteSource::read(std::uint64_t offset, char* target, std::size_t length) {
     if (length > size_ || offset > size_ - length) {
         throw std::runtime_error(path_ + ": has no such bytes");
     }
-    if (descriptor_ < 0) {
-        std::copy_n(window_.data() + offset, length, target);
+    if (descriptor_ < 0 || length < shortPiece) {
+        std::ranges::copy(view(offset, length), target);
     } else if (readAt(offset, target, length) < length) {
         throw std::runtime_error(path_ + ": has become shorter while it was read");
     }
