@@ -238,5 +238,6 @@ int runEqlint(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    return companion::runProgram(programName, [&] { return runEqlint(argc, argv); });
+    return companion::runProgram(programName, lint::printable,
+                                 [&] { return runEqlint(argc, argv); });
 }

@@ -113,7 +113,8 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const int status = companion::runProgram(name, [&] { return run(argc, argv); });
+    const int status =
+        companion::runProgram(name, lint::printable, [&] { return run(argc, argv); });
     if (status == companion::trouble) {
         std::_Exit(status);  // the library below netCDF tries a failed write again, and crashes
     }

@@ -260,12 +260,12 @@ def check_manners():
     pathlib.Path("j").write_bytes(dumped(SAMPLE, "--format", "json"))
     for arguments in ("build -o new j", "build -o new --overwrite j", "dump --pixel 9 r"):
         assert run(*arguments.split())[::2] == (0, b""), arguments
-    for arguments in ("build", "build j j", "build missing", "build .", "build r", "build -o new j",
+    for arguments in ("build", "build \x1b", "build -o no/\x1b j", "build j j", "build missing", "build .", "build r", "build -o new j",
                       "build -o /dev/full j",
                       "dump", "dump r r", "dump j", "dump --nan x r", "dump --file 2 r", "dump --configuration x r",
                       "dump -o new r", "dump --format json -o /dev/full r"):
         status, _, err = run(*arguments.split())
-        assert status == 2 and err.startswith(b"eqrecord: "), (arguments, err)
+        assert status == 2 and err.startswith(b"eqrecord: ") and b"\x1b" not in err, (arguments, err)
     assert pathlib.Path("new").read_bytes() == SAMPLE and sorted(os.listdir()) == ["j", "new", "r"], os.listdir()
     master, slave = os.openpty()
     assert run("build", "j", capture_output=False, stdout=slave, stderr=subprocess.DEVNULL)[0] == 2

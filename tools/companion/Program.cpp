@@ -49,7 +49,7 @@ void keepStandardStreams() {
     ::close(descriptor);
 }
 
-void sayUsage(const char* name, const char* text) {
+void sayUsage(const char* name, const std::string& text) {
     say(name, text, std::string("\nTry '") + name + " --help'.");
 }
 
@@ -92,23 +92,23 @@ int parseAndRun(CLI::App& app, const std::string& version, int argc, char** argv
     return work();
 }
 
-int runProgram(const char* name, const std::function<int()>& program) {
+int runProgram(const char* name, MakePrintable printable, const std::function<int()>& program) {
     std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write
     keepStandardStreams();
     try {
         return program();
     } catch (const CLI::Error& error) {
-        sayUsage(name, error.what());
+        sayUsage(name, printable(error.what()));
     } catch (const UsageError& error) {
-        sayUsage(name, error.what());
+        sayUsage(name, printable(error.what()));
     } catch (const std::system_error& error) {
         if (error.code() != std::errc::broken_pipe) {
-            say(name, error.what());
+            say(name, printable(error.what()));
         }
     } catch (const std::bad_alloc&) {
         say(name, "out of memory");
     } catch (const std::exception& error) {
-        say(name, error.what());
+        say(name, printable(error.what()));
     }
     return trouble;
 }

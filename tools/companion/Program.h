@@ -35,9 +35,12 @@ void prepare(CLI::App& app, const std::string& usage);
 int parseAndRun(CLI::App& app, const std::string& version, int argc, char** argv,
                 const std::function<int()>& work);
 
+/// Makes a text of anybody's one that people may safely see.
+using MakePrintable = std::string (*)(std::string_view);
+
 /// Runs the whole of a program and returns its exit status. What it throws is told on standard
-/// error as "NAME: TEXT" and gives `trouble`; a pipe whose reader has gone ends the process by its
-/// signal, or without a word.
-int runProgram(const char* name, const std::function<int()>& program);
+/// error as "NAME: TEXT", made printable, and gives `trouble`; a pipe whose reader has gone ends
+/// the process by its signal, or without a word.
+int runProgram(const char* name, MakePrintable printable, const std::function<int()>& program);
 
 }  // namespace companion

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <span>
 
+#include "lint/Printable.h"
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/Arguments.h"
 #include "tools/eqrecord/Build.h"
@@ -51,5 +52,6 @@ int runEqrecord(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    return companion::runProgram(eqrecord::programName, [&] { return runEqrecord(argc, argv); });
+    return companion::runProgram(eqrecord::programName, lint::printable,
+                                 [&] { return runEqrecord(argc, argv); });
 }
