@@ -11,22 +11,12 @@
 #include <cmath>
 
 #include "lint/Printable.h"
+#include "tools/eqrecord/Csv.h"
 #include "tools/eqrecord/JsonWriter.h"
 
 namespace eqrecord {
 
 namespace {
-
-/// A field of a row: in quotes when it has to be, with those in it twice.
-std::string inQuotes(std::string text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) {
-        return text;
-    }
-    for (auto at = text.find('"'); at != std::string::npos; at = text.find('"', at + 2)) {
-        text.insert(at, 1, '"');
-    }
-    return '"' + text + '"';
-}
 
 class DumpCsv {
   public:
@@ -53,7 +43,7 @@ DumpCsv::DumpCsv(DumpSource& source, const DumpOptions& options, std::ostream& o
       out_(out),
       leavesNothingOut_(options.leavesNothingOut),
       writesBits_(options.writesBits),
-      nan_(inQuotes(options.nan)) {
+      nan_(csvFieldOf(options.nan)) {
     for (int kind = 0; kind < record::kindCount; ++kind) {
         if (source.selection().takesKind(kind)) {
             kinds_.push_back(kind);
@@ -66,10 +56,10 @@ void DumpCsv::write() {
     for (const DumpedFile& file : source_.files()) {
         const std::string fileStart = std::to_string(file.number) + ',' +
                                       std::to_string(file.file->band) + ',' +
-                                      inQuotes(lint::printable(file.file->name)) + ',';
+                                      csvFieldOf(lint::printable(file.file->name)) + ',';
         for (const DumpedConfiguration& configuration : file.configurations) {
             const std::string start =
-                fileStart + inQuotes(lint::printable(configuration.configuration->label)) + ',';
+                fileStart + csvFieldOf(lint::printable(configuration.configuration->label)) + ',';
             for (int detector = 1; detector <= record::detectorCount; ++detector) {
                 if (source_.hasVector(configuration, kinds_.back(), detector)) {
                     writeDetector(configuration, detector, start + std::to_string(detector) + ',');
