@@ -27,7 +27,6 @@ class DumpJson {
     void write();
 
   private:
-    void writeText(std::string_view key, std::string_view text);
     void writeNumber(std::string_view key, std::int64_t number);
     void writeSelection();
     void writePrologue();
@@ -44,10 +43,9 @@ class DumpJson {
 
 void DumpJson::write() {
     json_.beginObject();
-    writeText("schema", "eqrecord-1");
+    json_.text("schema", "eqrecord-1");
     if (source_.isIncomplete()) {
-        json_.key("incomplete");
-        json_.boolean(true);
+        json_.boolean("incomplete", true);
     }
     if (isSelection_) {
         writeSelection();
@@ -60,11 +58,6 @@ void DumpJson::write() {
     }
     json_.endArray();
     json_.endObject();
-}
-
-void DumpJson::writeText(std::string_view key, std::string_view text) {
-    json_.key(key);
-    json_.text(text);
 }
 
 void DumpJson::writeNumber(std::string_view key, std::int64_t number) {
@@ -91,7 +84,7 @@ void DumpJson::writeSelection() {
 /// A record that is cut may not have all of it.
 void DumpJson::writePrologue() {
     const record::Reading& reading = source_.reading();
-    writeText("byte_order", nameOf(source_.reader().outcome().order));
+    json_.text("byte_order", nameOf(source_.reader().outcome().order));
     const std::pair<std::string_view, const std::string&> texts[] = {
         {"file_type", reading.fileType},
         {"creation_date", reading.creationDate},
@@ -99,7 +92,7 @@ void DumpJson::writePrologue() {
         {"applicability_end", reading.applicabilityEnd}};
     for (const auto& [key, text] : texts) {
         if (!text.empty()) {
-            writeText(key, text);
+            json_.text(key, text);
         }
     }
     if (reading.filesCounted > 0) {
@@ -118,7 +111,7 @@ void DumpJson::writeFile(const DumpedFile& file) {
         writeNumber("nuc_table_id", *file.file->nucTableId);
     }
     writeNumber("band", file.file->band);
-    writeText("name", file.file->name);
+    json_.text("name", file.file->name);
     writeNumber("configurations_counted", file.file->counted);
     json_.key("configurations");
     json_.beginArray();
@@ -137,13 +130,11 @@ void DumpJson::writeConfiguration(const DumpedConfiguration& configuration) {
         writeNumber("number", static_cast<std::int64_t>(configuration.number));
     }
     if (configuration.isBroken()) {
-        json_.key("incomplete");
-        json_.boolean(true);
+        json_.boolean("incomplete", true);
     }
-    writeText("label", configuration.configuration->label);
+    json_.text("label", configuration.configuration->label);
     if (configuration.has(15)) {
-        json_.key("epsilon");
-        json_.real(configuration.configuration->epsilon());
+        json_.real("epsilon", configuration.configuration->epsilon());
     }
     if (configuration.has(16)) {
         writeNumber("pixels", configuration.configuration->pixels);
