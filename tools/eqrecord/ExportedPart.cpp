@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "lint/Printable.h"
+#include "lint/Teller.h"
 #include "record/Layout.h"
 #include "tools/companion/Program.h"
 
@@ -43,8 +44,8 @@ std::string placeOf(const ExportedFile& file) {
 
 std::string placeOf(const ExportedFile& file, const record::Configuration& configuration) {
     const auto number = &configuration - file.file->configurations.data() + 1;
-    return placeOf(file) + ", configuration " + std::to_string(number) + " \"" +
-           lint::printable(configuration.label) + '"';
+    return placeOf(file) + ", configuration " + std::to_string(number) + ' ' +
+           lint::inQuotes(configuration.label);
 }
 
 std::string placeOfValue(const ExportedFile& file, const record::Configuration& configuration,

@@ -19,6 +19,7 @@
 #include "converter/Converter.h"
 #include "converter/Messages.h"
 #include "lint/Printable.h"
+#include "lint/Teller.h"
 #include "record/Layout.h"
 #include "tools/companion/OutputFile.h"
 #include "tools/companion/OutputFolder.h"
@@ -40,10 +41,6 @@ class Silence : public MessageSink {
     void say(std::string_view) override {}
 };
 
-std::string quoted(std::string_view text) {
-    return '"' + lint::printable(text) + '"';
-}
-
 void checkPrologue(const OpenRecord& record) {
     const std::string_view type = record.reading().fileType;
     if (record.outcome().order != record::machineOrder) {
@@ -51,7 +48,7 @@ void checkPrologue(const OpenRecord& record) {
                             "-endian, and the converter of this machine writes no such record");
     }
     if (!isElementName(type.substr(record::fileTypePrefix.size()))) {
-        throw Inexpressible("field 3 (file type), " + quoted(type) +
+        throw Inexpressible("field 3 (file type), " + lint::inQuotes(type) +
                             ": what is behind the slash is no end of an element's name");
     }
 }
@@ -59,8 +56,8 @@ void checkPrologue(const OpenRecord& record) {
 void checkFile(const OpenRecord& record, const ExportedFile& file, bool takesShort) {
     const std::string_view name = file.file->name;
     if (name.empty() || name == "." || name == ".." || name.size() > NAME_MAX) {
-        throw Inexpressible("field 11 (file name) of " + placeOf(file) + ", " + quoted(name) +
-                            ": no file can have this name");
+        throw Inexpressible("field 11 (file name) of " + placeOf(file) + ", " +
+                            lint::inQuotes(name) + ": no file can have this name");
     }
     if (!takesShort && !file.isCounted()) {
         throw Inexpressible(tellCount(record.outcome(), record.reading(), file.number - 1) +
@@ -68,7 +65,7 @@ void checkFile(const OpenRecord& record, const ExportedFile& file, bool takesSho
     }
     if (name.starts_with('.')) {
         companion::say(programName, lint::printable(record.path()),
-                       ": note: the name of " + placeOf(file) + ", " + quoted(name) +
+                       ": note: the name of " + placeOf(file) + ", " + lint::inQuotes(name) +
                            ", begins with a dot: FOLDER/*/* leaves it out");
     }
 }
