@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <new>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -32,9 +33,14 @@ OutputFolder::OutputFolder(std::string path) : path_(withoutEnd(std::move(path))
 }
 
 OutputFolder::~OutputFolder() {
-    if (!temporary_.empty()) {
+    if (temporary_.empty()) {
+        return;
+    }
+    try {
         std::error_code ignored;
         std::filesystem::remove_all(temporary_, ignored);  // follows no links
+    } catch (const std::bad_alloc&) {
+        // It stays: to look into a folder takes memory, and there may be none at all.
     }
 }
 
