@@ -49,8 +49,14 @@ void keepStandardStreams() {
     ::close(descriptor);
 }
 
-void sayUsage(const char* name, const std::string& text) {
-    say(name, text, std::string("\nTry '") + name + " --help'.");
+/// Tells what was thrown, or that there is no memory to make that printable.
+void tell(const char* name, MakePrintable printable, const char* text, bool isUsage = false) {
+    try {
+        const std::string advice = std::string("\nTry '") + name + " --help'.";
+        say(name, printable(text), isUsage ? advice : "");
+    } catch (const std::bad_alloc&) {
+        say(name, "out of memory");
+    }
 }
 
 int print(const std::string& text) {
@@ -98,17 +104,17 @@ int runProgram(const char* name, MakePrintable printable, const std::function<in
     try {
         return program();
     } catch (const CLI::Error& error) {
-        sayUsage(name, printable(error.what()));
+        tell(name, printable, error.what(), true);
     } catch (const UsageError& error) {
-        sayUsage(name, printable(error.what()));
+        tell(name, printable, error.what(), true);
     } catch (const std::system_error& error) {
         if (error.code() != std::errc::broken_pipe) {
-            say(name, printable(error.what()));
+            tell(name, printable, error.what());
         }
     } catch (const std::bad_alloc&) {
         say(name, "out of memory");
     } catch (const std::exception& error) {
-        say(name, printable(error.what()));
+        tell(name, printable, error.what());
     }
     return trouble;
 }
