@@ -260,8 +260,8 @@ def check_manners():
     pathlib.Path("j").write_bytes(dumped(SAMPLE, "--format", "json"))
     for arguments in ("build -o new j", "build -o new --overwrite j", "dump --pixel 9 r"):
         assert run(*arguments.split())[::2] == (0, b""), arguments
-    for arguments in ("build", "build \x1b", "build -o no/\x1b j", "build j j", "build missing", "build .", "build r", "build -o new j",
-                      "build -o /dev/full j",
+    for arguments in ("build", "build j j", "build missing", "build .", "build r", "build -o new j",
+                      "build \x1b", "build -o no/\x1b j", "build -o /dev/full j",
                       "dump", "dump r r", "dump j", "dump --nan x r", "dump --file 2 r", "dump --configuration x r",
                       "dump -o new r", "dump --format json -o /dev/full r"):
         status, _, err = run(*arguments.split())
