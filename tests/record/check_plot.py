@@ -132,11 +132,11 @@ def check_bytes():
 
 def check_hostile():
     path = b"';touch no5;`touch no6`\".record"
-    pathlib.Path(os.fsdecode(path)).write_bytes(record_of((4, HOSTILE, [(b"\x1b[31m]]>`touch no7`", 9, values_of(random.Random(2), 9))])))
+    pathlib.Path(os.fsdecode(path)).write_bytes(record_of((4, HOSTILE, [(b"\x1b[31m]]>`touch no7`=64!1", 9, values_of(random.Random(2), 9))])))
     status, picture, errors = run("--format", "svg", path)
     texts = [element.text for element in xml.etree.ElementTree.fromstring(picture).iter(SVG + "text")]
     # Of what is longer than 59 cells the middle is left out.
-    shown = ["a'b\"`touch no1`@x$(touch no2)%d\\&<b>]]…)#\u4e2d\\u202e\\uffff\\xff, band 4, configuration \\x1b[31m]]\\x3e`touch no7`",
+    shown = ["a'b\"`touch no1`@x$(touch no2)%d\\&<b>]]…)#\u4e2d\\u202e\\uffff\\xff, band 4, configuration \\x1b[31m]]\\x3e`touch no7`=64!1",
              "';touch no5;`touch no6`\".record, created 2015-06-23T10:00:00, NUC table 7, epsilon 0.5"]
     assert status == 0 and not errors and [text for text in texts if "touch" in text] == shown, texts
     for form in ("png", "pdf", "text", "gnuplot"):

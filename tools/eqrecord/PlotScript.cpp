@@ -54,9 +54,14 @@ constexpr std::string_view strikingColour = "#d55e00";
 std::string quoted(std::string_view text) {
     constexpr std::string_view harmless =
         "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz .,:-_()/+";
+    constexpr std::string_view digits = "0123456789";
     std::string result = "\"";
+    bool isOctal = false;
     for (const char c : text) {
-        if (harmless.find(c) != std::string_view::npos) {
+        // A digit behind an octal number could be read as a fourth one of it.
+        isOctal = harmless.find(c) == std::string_view::npos ||
+                  (isOctal && digits.find(c) != std::string_view::npos);
+        if (!isOctal) {
             result += c;
             continue;
         }
