@@ -184,6 +184,9 @@ def compare(one, other, options):
     ours, theirs = blocks_of(one, options), blocks_of(other, options)
     if not any(len(key) == 2 for key in [*ours, *theirs]) and options["chooses"]:
         return None
+    pixels = [part["pixels"] for blocks in (ours, theirs) for key, rows in blocks.items() if len(key) == 2 for _, part in rows]
+    if pixels and 0 < max(pixels) < options["pixel"][0]:
+        return None
     kinds = [kind for kind in options["kind"] if KINDS[kind] not in options["ignore"]]
     for key in {**ours, **theirs}:
         ofA, ofB = ours.get(key, []), theirs.get(key, [])

@@ -169,7 +169,7 @@ def assert_told(result, status, message):
 MANNERS = [
     ("", 2, "no RECORD"), ("-o x.what r", 2, "--format"), ("--format jpeg r", 2, "--format"), ("-o x.svg r", 2, "--overwrite"),
     ("-o /dev/full --format svg r", 2, "No space left"), ("-o /dev/full --format text r", 2, "No space left"),
-    ("-o none/x.svg r", 2, "No such file"), ("--pixel 10-20 r", 2, "9 pixels"), ("--band 9 r", 2, "no configuration"),
+    ("-o none/x.svg r", 2, "No such file"), ("--pixel 10-20 r", 2, "9 is the last"), ("--band 9 r", 2, "no configuration"),
     ("missing", 2, "No such file"), ("--against - -", 2, "standard input"), ("--against missing r", 2, "No such file"),
     ("-o x.svg --overwrite r", 0, ""), ("-o new.png many", 2, "\n  --band 4 --configuration 'it'\\''s'\n  --band 5 --configuration A\n"),
     ("-o new.png --configuration A many", 2, "2 configurations"), ("-o new.png --band 5 many", 0, ""),

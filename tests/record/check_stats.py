@@ -144,7 +144,7 @@ def check_formats():
 
 2 outliers in 1 of 1 vector
 """), told
-    for options in (["--sigma", "0"], ["--sigma", "nan"], ["--window", "1"], ["--band", "5"], ["--format", "xml"], ["missing"]):
+    for options in (["--sigma", "0"], ["--sigma", "nan"], ["--window", "1"], ["--band", "5"], ["--pixel", "4-5"], ["--format", "xml"], ["missing"]):
         assert run(*options, sample, status=2) == "", options
 
 

@@ -85,12 +85,15 @@ std::vector<BlockPair> matchBlocks(const record::Reading& a, const record::Readi
                                    const Selection& selection, Match match) {
     // A map without order would leave pairs of the same positions in one that depends on chance.
     std::map<Key, Candidates> byKey;
-    for (const Block& block : blocksOf(a, selection)) {
+    std::vector<Block> all = blocksOf(a, selection);
+    for (const Block& block : all) {
         byKey[keyOf(block, match)].ofA.push_back(block);
     }
     for (const Block& block : blocksOf(b, selection)) {
         byKey[keyOf(block, match)].ofB.push_back(block);
+        all.push_back(block);
     }
+    selection.requirePixels(all);
     std::vector<BlockPair> pairs;
     for (const auto& [key, candidates] : byKey) {
         appendPairs(candidates, pairs);

@@ -32,7 +32,7 @@ struct BlockPair {
 /// Pairs the selected files and configurations of two readings, which have to outlive the pairs.
 /// Those of the same band and label, or name and label, are paired in their order. The pairs come
 /// in the order of the records; where these differ, so that it does not matter which one is a.
-/// Throws companion::UsageError when the selection leaves no configuration of either.
+/// Throws companion::UsageError when the selection leaves no configuration of either, or no pixel.
 std::vector<BlockPair> matchBlocks(const record::Reading& a, const record::Reading& b,
                                    const Selection& selection, Match match);
 

@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "record/Layout.h"
-#include "tools/companion/Program.h"
 #include "tools/eqrecord/Digest.h"
 #include "tools/eqrecord/Telling.h"
 
@@ -87,22 +86,17 @@ void Export::choose() {
     }
     std::int16_t nucTableId = 0;
     std::size_t count = 0;
-    bool hasPixels = false;
     auto block = blocks_.begin();
     for (const record::File& file : record_.reading().files) {
         nucTableId = file.nucTableId.value_or(nucTableId);
         for (; block != blocks_.end() && block->file == &file; ++block) {
             const record::Configuration& configuration = *block->configuration;
             const auto pixels = static_cast<std::size_t>(configuration.pixels);
-            hasPixels = hasPixels || pixels > 0;
             count = std::max(count, selection_.pixelsOf(pixels).count);
             labelLength_ = std::max(labelLength_, configuration.label.size());
             nameLength_ = std::max(nameLength_, file.name.size());
             nucTableIds_.push_back(nucTableId);
         }
-    }
-    if (count == 0 && hasPixels) {
-        throw companion::UsageError("--pixel: no selected configuration has such a pixel");
     }
     pixels_.resize(std::max<std::size_t>(count, 1));
     std::iota(pixels_.begin(), pixels_.end(), static_cast<int>(selection_.pixelsOf(count).first));

@@ -44,7 +44,10 @@ std::string readRange(std::string_view text, std::size_t least, std::size_t most
     if (!readNumber(text.substr(0, dash), range.first) || !readNumber(last, range.last)) {
         return '"' + std::string(text) + "\" is no number and no range of two";
     }
-    if (range.first < least || range.last > most || range.last < range.first) {
+    if (range.last < range.first) {
+        return std::string(text) + " ends before it begins";
+    }
+    if (range.first < least || range.last > most) {
         return std::string(text) + " is not within " + std::to_string(least) + " to " +
                std::to_string(most);
     }
@@ -134,6 +137,7 @@ std::vector<Block> Selection::blocksOf(const record::Reading& reading) const {
     if (blocks.empty() && choosesBlocks()) {
         throw companion::UsageError("no configuration of the record is selected");
     }
+    requirePixels(blocks);
     return blocks;
 }
 
@@ -163,6 +167,22 @@ Selection::Pixels Selection::pixelsOf(std::size_t pixels) const {
     }
     const std::size_t last = std::min(pixels_[0].last, pixels);
     return {pixels_[0].first, last < pixels_[0].first ? 0 : last - pixels_[0].first + 1};
+}
+
+void Selection::requirePixels(const std::vector<Block>& blocks) const {
+    std::size_t most = 0;
+    std::size_t selected = 0;
+    for (const Block& block : blocks) {
+        if (block.configuration != nullptr) {
+            const auto pixels = static_cast<std::size_t>(block.configuration->pixels);
+            most = std::max(most, pixels);
+            selected = std::max(selected, pixelsOf(pixels).count);
+        }
+    }
+    if (most > 0 && selected == 0) {
+        throw companion::UsageError("--pixel: no selected configuration has such a pixel; " +
+                                    std::to_string(most) + " is the last one that there is");
+    }
 }
 
 bool Selection::isAll() const {

@@ -25,7 +25,7 @@ class Selection {
     void addTo(CLI::App& verb);
 
     /// The selected configurations in their order. Throws companion::UsageError when options choose
-    /// among them and none is left.
+    /// among them, or among their pixels, and none is left.
     std::vector<Block> blocksOf(const record::Reading& reading) const;
     bool takesFile(const record::File& file, std::size_t number) const;
     /// The same of a file without configurations, which is not taken for one of these.
@@ -44,6 +44,9 @@ class Selection {
         std::size_t count = 0;
     };
     Pixels pixelsOf(std::size_t pixels) const;
+    /// Throws companion::UsageError when these configurations have pixels, and none that is
+    /// selected. Blocks without a configuration are passed over.
+    void requirePixels(const std::vector<Block>& blocks) const;
     /// Whether files or configurations are chosen by an option.
     bool choosesBlocks() const { return !files_.empty() || !bands_.empty() || !labels_.empty(); }
     /// Whether all is selected.
