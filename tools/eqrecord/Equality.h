@@ -10,7 +10,8 @@ namespace eqrecord {
 /// enough that one of the bounds is kept.
 struct Tolerance {
     /// Together one bound, |a-b| <= absolute + relative * max(|a|, |b|), where what is not given is
-    /// 0. Finite and not negative.
+    /// 0. Finite and not negative. Both sides are rounded to doubles: what is beyond the bound by
+    /// less than that may count as within.
     std::optional<double> absolute;
     std::optional<double> relative;
     /// So many steps from one representable number to the next; 0 and -0 are the same number.
