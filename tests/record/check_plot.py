@@ -175,6 +175,7 @@ MANNERS = [
     ("-o new.png --configuration A many", 2, "2 configurations"), ("-o new.png --band 5 many", 0, ""),
     ("-o two.pdf many", 0, ""), ("--against r --band 5 many", 2, "no counterpart of f, band 5, configuration A"),
     ("--against r -o three.pdf many", 1, "counterpart of f, band 5"), ("--against many r", 0, "Differences: r minus many"),
+    ("--against ./r r", 0, "Differences: r minus ./r\n"),
     ("--kind A1 --against r r", 0, "COEFF_A1: 0, no value: 9"), ("--kind D --against r less", 0, "COEFF_D: -7 to 0, no value: 78"),
     ("--kind D --against less r", 0, "COEFF_D: 0 to 7, no value: 102"), ("--detector 1 --kind D r", 0, "COEFF_D: 7 to 8, infinite: 1"),
     ("--kind A1 r", 0, "COEFF_A1: 1 to 1.000000000000001, no value: 9"), ("cut", 2, "--partial"), ("--partial cut", 0, "COEFF_D"),

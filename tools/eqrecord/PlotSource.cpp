@@ -203,7 +203,10 @@ PlotPanel PlotSource::panelOf(const PlotPage& page, const Block& block, int kind
 std::string PlotSource::subtitleOf(const Block& block) const {
     const std::string name = nameOfPath(record_.path());
     if (against_ != nullptr) {
-        return "Differences: " + name + " minus " + nameOfPath(against_->path());
+        const std::string other = nameOfPath(against_->path());
+        // Records are often told apart by their folders only.
+        return "Differences: " + (name == other ? shown(record_.path()) : name) + " minus " +
+               (name == other ? shown(against_->path()) : other);
     }
     const record::Reading& reading = record_.reading();
     // What tells one table from another of the same name.
