@@ -215,7 +215,8 @@ int plot(const PlotArguments& arguments) {
                             arguments.marksOutliers);
     const std::vector<Block> blocks = shownOf(source, arguments);
     if (blocks.size() > 1 && (format == "svg" || format == "png")) {
-        throw std::runtime_error(adviceFor(blocks));
+        companion::say(programName, adviceFor(blocks));  // of several lines, so not thrown
+        return companion::trouble;
     }
     if (format == "text") {
         writeText(source, blocks, output);
