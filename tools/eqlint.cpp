@@ -19,6 +19,7 @@
 #include "lint/TextReport.h"
 #include "lint/Threshold.h"
 #include "tools/companion/Colour.h"
+#include "tools/companion/CommandLine.h"
 #include "tools/companion/OutputFile.h"
 #include "tools/companion/Program.h"
 

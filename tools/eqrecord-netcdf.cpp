@@ -17,6 +17,7 @@
 #include <string_view>
 
 #include "lint/Printable.h"
+#include "tools/companion/CommandLine.h"
 #include "tools/companion/OutputFile.h"
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/Arguments.h"

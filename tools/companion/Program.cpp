@@ -6,38 +6,15 @@
 
 #include <array>
 #include <csignal>
-#include <memory>
 #include <new>
 #include <string_view>
 #include <system_error>
-#include <utility>
 
 #include "tools/companion/OutputFile.h"
 
 namespace companion {
 
 namespace {
-
-/// Usage, what the program does, its verbs, the options by groups with one blank line between them,
-/// the rest.
-class HelpFormatter : public CLI::Formatter {
-  public:
-    explicit HelpFormatter(std::string usage) : usage_(std::move(usage)) { column_width(26); }
-
-    std::string make_help(const CLI::App* app, std::string name,
-                          CLI::AppFormatMode mode) const override {
-        std::string groups = make_subcommands(app, mode) + make_groups(app, mode);
-        for (auto at = groups.find("\n\n\n"); at != std::string::npos;
-             at = groups.find("\n\n\n", at)) {
-            groups.erase(at, 1);
-        }
-        return "Usage: " + name + ' ' + usage_ + "\n\n" + make_description(app) + groups + '\n' +
-               make_footer(app);
-    }
-
-  private:
-    std::string usage_;
-};
 
 /// Makes sure that no file that is opened becomes a standard stream, to which somebody writes. One
 /// that was closed still can't be written to.
@@ -59,13 +36,6 @@ void tell(const char* name, MakePrintable printable, const char* text, bool isUs
     }
 }
 
-int print(const std::string& text) {
-    OutputFile output("-", false);
-    output.stream() << text;
-    output.commit();
-    return nothingFound;
-}
-
 }  // namespace
 
 void say(std::string_view name, std::string_view text, std::string_view more) {
@@ -78,24 +48,11 @@ void say(std::string_view name, std::string_view text, std::string_view more) {
         ::writev(STDERR_FILENO, parts.data(), static_cast<int>(parts.size()));
 }
 
-void prepare(CLI::App& app, const std::string& usage) {
-    app.formatter(std::make_shared<HelpFormatter>(usage));
-    app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-}
-
-int parseAndRun(CLI::App& app, const std::string& version, int argc, char** argv,
-                const std::function<int()>& work) {
-    app.set_help_flag("--help", "Print this")->group("Other");
-    app.set_version_flag("--version", version, "Print the version and what is built in")
-        ->group("Other");
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp&) {
-        return print(app.help());
-    } catch (const CLI::CallForVersion& asked) {
-        return print(asked.what() + std::string("\n"));
-    }
-    return work();
+int print(std::string_view text) {
+    OutputFile output("-", false);
+    output.stream() << text;
+    output.commit();
+    return nothingFound;
 }
 
 int runProgram(const char* name, MakePrintable printable, const std::function<int()>& program) {
@@ -103,8 +60,6 @@ int runProgram(const char* name, MakePrintable printable, const std::function<in
     keepStandardStreams();
     try {
         return program();
-    } catch (const CLI::Error& error) {
-        tell(name, printable, error.what(), true);
     } catch (const UsageError& error) {
         tell(name, printable, error.what(), true);
     } catch (const std::system_error& error) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -15,7 +14,7 @@ enum ExitStatus : int {
     trouble = 2,  ///< usage, an input or output that fails, no memory
 };
 
-/// Options that don't go together. The message is one line without a full stop.
+/// A command line that is wrong. The message is one line without a full stop.
 class UsageError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
@@ -25,15 +24,8 @@ class UsageError : public std::runtime_error {
 /// there too, and without taking memory.
 void say(std::string_view name, std::string_view text, std::string_view more = {});
 
-/// Prepares an empty command line: of an option that is given twice the last one counts, and the
-/// help begins with `usage`, the arguments behind the program's name.
-void prepare(CLI::App& app, const std::string& usage);
-
-/// Adds --help and --version, which prints `version`, parses the command line, does what these ask
-/// for, and otherwise returns the exit status of `work`. Throws what is wrong with the command line
-/// and what `work` throws.
-int parseAndRun(CLI::App& app, const std::string& version, int argc, char** argv,
-                const std::function<int()>& work);
+/// Writes `text` to standard output and returns `nothingFound`. Throws std::system_error.
+int print(std::string_view text);
 
 /// Makes a text of anybody's one that people may safely see.
 using MakePrintable = std::string (*)(std::string_view);

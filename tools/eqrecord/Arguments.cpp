@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "lint/Printable.h"
+#include "tools/companion/CommandLine.h"
 #include "tools/companion/Program.h"
 
 namespace eqrecord {

@@ -9,6 +9,7 @@
 #include <span>
 
 #include "lint/Printable.h"
+#include "tools/companion/CommandLine.h"
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/Arguments.h"
 #include "tools/eqrecord/Build.h"
