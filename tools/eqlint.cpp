@@ -13,7 +13,6 @@
 #include "lint/Check.h"
 #include "lint/FilteringReport.h"
 #include "lint/JsonReport.h"
-#include "lint/Printable.h"
 #include "lint/RuleList.h"
 #include "lint/SarifReport.h"
 #include "lint/TextReport.h"
@@ -136,7 +135,7 @@ void addOptions(CLI::App& app, Options& options) {
 const lint::Rule& ruleOf(const std::string& id) {
     const lint::Rule* const rule = lint::findRule(id);
     if (rule == nullptr) {
-        throw companion::UsageError("no such rule: " + lint::printable(id));
+        throw companion::UsageError("no such rule: " + id);
     }
     return *rule;
 }
@@ -239,6 +238,5 @@ int runEqlint(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    return companion::runProgram(programName, lint::printable,
-                                 [&] { return runEqlint(argc, argv); });
+    return companion::runProgram(programName, [&] { return runEqlint(argc, argv); });
 }

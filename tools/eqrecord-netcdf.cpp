@@ -81,8 +81,7 @@ int writeNetcdf(const eqrecord::Arguments& arguments, const eqrecord::Selection&
     eqrecord::OpenRecord record(arguments.record(), arguments);
     companion::OutputFile output(arguments.output, arguments.overwrites);
     if (output.newFile() < 0) {
-        throw std::runtime_error(lint::printable(arguments.output) +
-                                 ": netCDF can only be written to a file");
+        throw std::runtime_error(arguments.output + ": netCDF can only be written to a file");
     }
     eqrecord::NetcdfFile file(lint::printable(arguments.output), output.newFile(),
                               arguments.netcdfKind == "4" ? Kind::netcdf4 : Kind::data64);
@@ -114,8 +113,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const int status =
-        companion::runProgram(name, lint::printable, [&] { return run(argc, argv); });
+    const int status = companion::runProgram(name, [&] { return run(argc, argv); });
     if (status == companion::trouble) {
         std::_Exit(status);  // the library below netCDF tries a failed write again, and crashes
     }

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "lint/Printable.h"
 #include "tools/companion/OutputFile.h"
 
 namespace companion {
@@ -27,10 +28,10 @@ void keepStandardStreams() {
 }
 
 /// Tells what was thrown, or that there is no memory to make that printable.
-void tell(const char* name, MakePrintable printable, const char* text, bool isUsage = false) {
+void tell(const char* name, const char* text, bool isUsage = false) {
     try {
         const std::string advice = std::string("\nTry '") + name + " --help'.";
-        say(name, printable(text), isUsage ? advice : "");
+        say(name, lint::printable(text), isUsage ? advice : "");
     } catch (const std::bad_alloc&) {
         say(name, "out of memory");
     }
@@ -55,21 +56,21 @@ int print(std::string_view text) {
     return nothingFound;
 }
 
-int runProgram(const char* name, MakePrintable printable, const std::function<int()>& program) {
+int runProgram(const char* name, const std::function<int()>& program) {
     std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failed write
     keepStandardStreams();
     try {
         return program();
     } catch (const UsageError& error) {
-        tell(name, printable, error.what(), true);
+        tell(name, error.what(), true);
     } catch (const std::system_error& error) {
         if (error.code() != std::errc::broken_pipe) {
-            tell(name, printable, error.what());
+            tell(name, error.what());
         }
     } catch (const std::bad_alloc&) {
         say(name, "out of memory");
     } catch (const std::exception& error) {
-        tell(name, printable, error.what());
+        tell(name, error.what());
     }
     return trouble;
 }

@@ -27,12 +27,9 @@ void say(std::string_view name, std::string_view text, std::string_view more = {
 /// Writes `text` to standard output and returns `nothingFound`. Throws std::system_error.
 int print(std::string_view text);
 
-/// Makes a text of anybody's one that people may safely see.
-using MakePrintable = std::string (*)(std::string_view);
-
 /// Runs the whole of a program and returns its exit status. What it throws is told on standard
 /// error as "NAME: TEXT", made printable, and gives `trouble`; a pipe whose reader has gone ends
 /// the process by its signal, or without a word.
-int runProgram(const char* name, MakePrintable printable, const std::function<int()>& program);
+int runProgram(const char* name, const std::function<int()>& program);
 
 }  // namespace companion

@@ -70,7 +70,7 @@ int build(const Arguments& arguments) {
     } catch (const std::system_error&) {
         throw;  // names the file that can't be read or written
     } catch (const std::runtime_error& error) {
-        throw std::runtime_error(lint::printable(path + ": " + error.what()));
+        throw std::runtime_error(path + ": " + error.what());
     }
     StreamSink sink(output.stream());
     builder.write(sink);

@@ -3,7 +3,6 @@
 #include <memory>
 #include <stdexcept>
 
-#include "lint/Printable.h"
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/ExportedPart.h"
 #include "tools/eqrecord/NetcdfProgram.h"
@@ -45,8 +44,7 @@ int runXml(const Arguments& arguments, const Selection& selection) {
         exportXml(record, exportedPart(record, selection), arguments.takesPartial,
                   arguments.output);
     } catch (const Inexpressible& error) {
-        throw std::runtime_error(lint::printable(record.path()) +
-                                 ": can't be expressed as XML: " + error.what());
+        throw std::runtime_error(record.path() + ": can't be expressed as XML: " + error.what());
     }
     return companion::nothingFound;
 }

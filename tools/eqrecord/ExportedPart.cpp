@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "lint/Printable.h"
 #include "lint/Teller.h"
 #include "record/Layout.h"
 #include "tools/companion/Program.h"
@@ -12,7 +11,7 @@ namespace eqrecord {
 ExportedPart exportedPart(OpenRecord& record, const Selection& selection) {
     const record::Reading& reading = record.reading();
     if (reading.files.empty()) {
-        throw std::runtime_error(lint::printable(record.path()) + ": no file of it is whole");
+        throw std::runtime_error(record.path() + ": no file of it is whole");
     }
     ExportedPart part{&reading, {}, reading.end == record.reader().size()};
     std::int16_t nucTableId = 0;

@@ -6,7 +6,6 @@
 #include <stdexcept>
 #include <utility>
 
-#include "lint/Printable.h"
 #include "tools/eqrecord/Telling.h"
 
 namespace eqrecord {
@@ -35,7 +34,7 @@ OpenRecord::OpenRecord(std::string path, const Arguments& arguments)
     chooseReading(arguments, path_, reader_);
     const std::string refusal = refusalOf(reader_, arguments.takesPartial);
     if (!refusal.empty()) {
-        throw std::runtime_error(lint::printable(path_) + ": " + refusal);
+        throw std::runtime_error(path_ + ": " + refusal);
     }
 }
 

@@ -74,7 +74,7 @@ std::string formatOf(const Arguments& arguments) {
             return format;
         }
     }
-    throw companion::UsageError("-o " + lint::printable(arguments.output) +
+    throw companion::UsageError("-o " + arguments.output +
                                 ": its ending tells no format; --format does");
 }
 

@@ -144,8 +144,7 @@ void PlotSource::match(const record::Reading& reading, const record::Reading& ot
 std::vector<Block> PlotSource::blocks() const {
     std::vector<Block> blocks = selection_.blocksOf(record_.reading());
     if (blocks.empty()) {
-        throw std::runtime_error(lint::printable(record_.path()) +
-                                 ": there is no configuration to show");
+        throw std::runtime_error(record_.path() + ": there is no configuration to show");
     }
     return blocks;
 }

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <span>
 
-#include "lint/Printable.h"
 #include "tools/companion/CommandLine.h"
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/Arguments.h"
@@ -53,6 +52,5 @@ int runEqrecord(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    return companion::runProgram(eqrecord::programName, lint::printable,
-                                 [&] { return runEqrecord(argc, argv); });
+    return companion::runProgram(eqrecord::programName, [&] { return runEqrecord(argc, argv); });
 }
