@@ -34,6 +34,15 @@ std::string resolved(const std::string& path) {
     return real ? real.get() : path;
 }
 
+/// Gives a new file the owner, the group and the permissions of the one that it will replace. What
+/// the system does not let us give, as only root gives files away, stays ours.
+void takeOver(int descriptor, const struct stat& old) {
+    constexpr auto asItIs = static_cast<uid_t>(-1);
+    [[maybe_unused]] const std::array results{::fchown(descriptor, asItIs, old.st_gid),
+                                              ::fchown(descriptor, old.st_uid, asItIs),
+                                              ::fchmod(descriptor, old.st_mode & 0777)};
+}
+
 }  // namespace
 
 DescriptorBuffer::DescriptorBuffer(int descriptor) : descriptor_(descriptor) {
@@ -89,14 +98,22 @@ int OutputFile::open() {
         return openTemporary();
     }
     const std::string given = std::exchange(path_, resolved(path_));
-    if (::stat(path_.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    const bool leadsSomewhere = ::stat(path_.c_str(), &status) == 0;
+    if (leadsSomewhere && !S_ISREG(status.st_mode)) {
         const int descriptor = ::open(path_.c_str(), O_WRONLY | O_CLOEXEC);
         return descriptor >= 0 ? descriptor : (fail(given), -1);
     }
     if (!overwrites_) {
         throw std::runtime_error(given + ": is there already; --overwrite replaces it");
     }
-    return openTemporary();
+    if (leadsSomewhere && ::access(path_.c_str(), W_OK) != 0) {
+        fail(given);  // renaming would not ask
+    }
+    const int descriptor = openTemporary();
+    if (leadsSomewhere) {
+        takeOver(descriptor, status);
+    }
+    return descriptor;
 }
 
 int OutputFile::openTemporary() {
