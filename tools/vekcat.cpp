@@ -2,28 +2,56 @@
 //
 //     vekcat NAME[::DRIVER[:OPTIONS]]...
 //
-// "-" is standard input. Shows how the stream library is called: the input server opens a name, and
-// the change of the offset tells how much a read has brought.
-
-#include <poll.h>
-#include <unistd.h>
+// "-" is standard input. The others are written although one fails. Shows how the stream library is
+// called: the input server opens a name, and the change of the offset tells how much a read has
+// brought.
 
 #include <array>
-#include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <new>
+#include <ostream>
 #include <string>
 
 #include "base/Exception.h"
 #include "base/InputServer.h"
+#include "tools/companion/Options.h"
+#include "tools/companion/OutputFile.h"
+#include "tools/companion/Program.h"
 
 namespace {
 
 using vek::InputServer;
 using vek::InputStream;
+
+constexpr const char* programName = "vekcat";
+
+constexpr const char* version = "vekcat " EQCONVERT_VERSION "\n";
+
+constexpr const char* help =
+    "Usage: vekcat NAME[::DRIVER[:OPTIONS]]...\n"
+    "\n"
+    "Writes named streams to standard output, one after another: files, pipes, - for\n"
+    "standard input, and patterns, whose files are chained.\n"
+    "\n"
+    "Drivers:\n"
+    "  buffer[:KB]               Read through a window of 2 or KB kilobytes, 0 for the\n"
+    "                            whole file; the usual one\n"
+    "  basic, fstream            Read through stdio, through a standard file stream\n"
+    "  memory                    Read the whole file into memory\n"
+    "  multi[:DRIVER[:OPTIONS]]  Read all files of a pattern as one stream, by DRIVER\n"
+    "  bmulti[:KB]               The same, by buffer\n"
+    "\n"
+    "Other:\n"
+    "  --help                    Print this\n"
+    "  --version                 Print the version\n"
+    "\n"
+    "Status 0: all streams are written; 2: trouble. A stream that can't be read is left\n"
+    "out or ends early, and the others are written all the same.\n"
+    "\n"
+    "Examples:\n"
+    "  vekcat './samples/*.xml' | sha256sum      all files as one stream\n"
+    "  gzip -dc set.gz | vekcat head.bin -       a file, then a pipe\n";
 
 /// Opens what an argument names; null when its driver is unknown or refuses the options.
 std::unique_ptr<InputStream> open(const std::string& argument) {
@@ -41,25 +69,8 @@ std::unique_ptr<InputStream> open(const std::string& argument) {
         server.getFile(nullptr, order, driver.c_str(), options.c_str()));
 }
 
-/// Writes all of it; false, with errno set, when it can't be written.
-bool write(const char* data, std::size_t size) {
-    while (size > 0) {
-        const ssize_t written = ::write(STDOUT_FILENO, data, size);
-        if (written < 0 && errno == EAGAIN) {  // full for now, and not to be waited for by itself
-            pollfd waited{STDOUT_FILENO, POLLOUT, 0};
-            ::poll(&waited, 1, -1);
-        } else if (written < 0 && errno != EINTR) {
-            return false;
-        } else if (written > 0) {
-            data += written;
-            size -= static_cast<std::size_t>(written);
-        }
-    }
-    return true;
-}
-
 /// Copies a stream to its end; false when a read failed.
-bool copy(InputStream& stream) {
+bool copy(InputStream& stream, std::ostream& output) {
     static std::array<char, 1 << 16> buffer;
     while (true) {
         const long before = stream.offset();
@@ -68,14 +79,12 @@ bool copy(InputStream& stream) {
         if (got <= 0) {
             return !stream.readFailed();
         }
-        if (!write(buffer.data(), static_cast<std::size_t>(got))) {
-            throw vek::StdError("cannot write to standard output", errno);
-        }
+        output.write(buffer.data(), got).flush();
     }
 }
 
-bool complain(const char* argument, const char* text) {
-    std::fprintf(stderr, "vekcat: %s: %s\n", argument, text);
+bool complain(const std::string& argument, const char* text) {
+    companion::say(programName, argument, text);
     return false;
 }
 
@@ -91,29 +100,39 @@ bool complain(const vek::Exception& error) {
 }
 
 /// Writes the stream that an argument names; false, with a message, when it fails.
-bool writeStream(const char* argument) {
+bool writeStream(const std::string& argument, std::ostream& output) {
     try {
         const auto stream = open(argument);
         if (!stream) {
-            return complain(argument, "no such driver, or it refuses the options");
+            return complain(argument, ": no such driver, or it refuses the options");
         }
-        return copy(*stream) || complain(argument, "read error");
+        return copy(*stream, output) || complain(argument, ": read error");
     } catch (const vek::Exception& error) {
         return complain(error);
     } catch (const std::bad_alloc&) {
-        return complain(argument, "out of memory");
+        return complain(argument, ": out of memory");
     }
+}
+
+int runVekcat(int argc, char** argv) {
+    const auto names = companion::readOperands(argc, argv, help, version);
+    if (!names) {
+        return companion::nothingFound;
+    }
+    if (names->empty()) {
+        throw companion::UsageError("no NAME is given");
+    }
+    companion::OutputFile output("-", false);
+    bool isComplete = true;
+    for (const std::string& name : *names) {
+        isComplete = writeStream(name, output.stream()) && isComplete;
+    }
+    output.commit();
+    return isComplete ? companion::nothingFound : companion::trouble;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    // A closed pipe and a file that grows too large are to be reported as failed writes.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-    bool isComplete = true;
-    for (int i = 1; i < argc; ++i) {
-        isComplete = writeStream(argv[i]) && isComplete;
-    }
-    return isComplete ? 0 : 1;
+    return companion::runProgram(programName, [&] { return runVekcat(argc, argv); });
 }
