@@ -1,6 +1,6 @@
 // Loads an XML document and saves it, in another encoding when one is named:
 //
-//     recode IN OUT [ENCODING]
+//     eqrecode IN OUT [ENCODING]
 //
 // The result line of each step goes to standard error. With ENCODING the XML declaration is
 // rewritten to that name, so that the file reads back; UTF-16LE and UTF-16BE are written with their
@@ -24,7 +24,7 @@ namespace {
 
 /// Prints a result line and returns `succeeded`.
 bool report(const std::string& line, bool succeeded) {
-    std::fprintf(stderr, "recode: %s\n", line.c_str());
+    std::fprintf(stderr, "eqrecode: %s\n", line.c_str());
     return succeeded;
 }
 
@@ -144,7 +144,7 @@ bool recode(const char* in, const char* out, const char* encoding) {
 
 int main(int argc, char** argv) {
     if (argc != 3 && argc != 4) {
-        std::fputs("usage: recode IN OUT [ENCODING]\n", stderr);
+        std::fputs("usage: eqrecode IN OUT [ENCODING]\n", stderr);
         return 1;
     }
     // A closed pipe and a file that grows too large are to be reported as failed writes.
@@ -153,7 +153,7 @@ int main(int argc, char** argv) {
     try {
         return recode(argv[1], argv[2], argc == 4 ? argv[3] : nullptr) ? 0 : 1;
     } catch (const std::bad_alloc&) {
-        std::fputs("recode: out of memory\n", stderr);
+        std::fputs("eqrecode: out of memory\n", stderr);
         return 1;
     }
 }
