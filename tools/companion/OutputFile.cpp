@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -31,6 +32,9 @@ bool awaitRoom(int descriptor) {
 std::string resolved(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
                                                            &std::free);
+    if (!real && errno == ENOMEM) {
+        throw std::bad_alloc();
+    }
     return real ? real.get() : path;
 }
 
