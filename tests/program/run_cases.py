@@ -6,7 +6,8 @@
 #   == file NAME              the lines up to the next part are the file's text
 #   == file NAME from BASE    each line "OLD => NEW" is an edit of an earlier file of the script;
 #                             \n, \r, \t and \0 stand for their characters
-#   == file NAME ... as ENC   the same, written in another encoding than UTF-8
+#   == file NAME ... as ENC   the same, written in another encoding than UTF-8; "bytes" takes each
+#                             character for a byte, and knows escapes such as \xff
 #   == file NAME size N       so many zero bytes, which take no place on the disk
 #   == args NAME...           the arguments, separated by spaces
 #   == stdin                  what standard input, a pipe, holds
@@ -19,6 +20,8 @@
 #   == findings               the lines "PLACE: SEVERITY: MESSAGE [ID]" on standard output, without
 #                             their messages, in any order
 #   == output                 what standard output must hold, as text
+#   == left NAME              what a file must hold in the end, piece by piece as for a record; all
+#                             others have to be as they were, and there must be no new ones
 import os, pathlib, re, struct, subprocess, sys, tempfile
 
 PIECES = {
@@ -37,6 +40,12 @@ def unescaped(text):
     return text
 
 
+def encoded(text, codec):
+    if codec == "bytes":
+        return text.encode("latin-1").decode("unicode_escape").encode("latin-1")
+    return text.encode(codec)
+
+
 def edited(text, edits):
     for edit in edits.splitlines():
         old, _, new = map(unescaped, edit.partition(" => "))
@@ -52,15 +61,22 @@ def read_cases(script):
         head, _, body = part.rstrip("\n").partition("\n")
         kind, _, rest = head.partition(" ")
         if kind == "case":
-            cases.append({"case": rest, "files": {}, "args": "", "status": "0"})
+            cases.append({"case": rest, "files": {}, "left": {}, "args": "", "status": "0"})
         elif kind == "file":
             name, *options = rest.split()
             option = dict(zip(options[::2], options[1::2]))
             bases[name] = edited(bases[option["from"]], body) if "from" in option else body + "\n"
-            cases[-1]["files"][name] = bases[name].encode(option.get("as", "utf-8")), option.get("size")
+            cases[-1]["files"][name] = encoded(bases[name], option.get("as", "utf-8")), option.get("size")
+        elif kind == "left":
+            cases[-1]["left"][rest] = joined(body)
         else:
             cases[-1][kind] = rest or body + "\n"
     return cases
+
+
+def joined(pieces):
+    parts = [line.partition(" ") for line in pieces.splitlines() if line]
+    return b"".join(PIECES[kind](rest) for kind, _, rest in parts)
 
 
 # What a stream is to the program: a full disk, a pipe that nobody reads, or what is compared.
@@ -88,11 +104,14 @@ def failures(program, case):
         pathlib.Path(name).write_bytes(b"" if size else content)
         os.truncate(name, int(size or len(content)))
     result = run(program, case)
-    pieces = [line.partition(" ") for line in case.get("record", "").splitlines() if line]
     wanted = {"status": int(case["status"]), "messages": case.get("messages", "").encode(),
-              "record": b"".join(PIECES[kind](rest) for kind, _, rest in pieces)}
+              "record": joined(case.get("record", ""))}
     got = {"status": result.returncode, "messages": b"" if "stderr" in case else result.stderr,
            "record": b"" if {"stdout", "findings", "output"} & case.keys() else result.stdout}
+    sparse = {name for name, (_, size) in case["files"].items() if size}
+    wanted["left"] = {name: content for name, (content, _) in case["files"].items()} | case["left"]
+    got["left"] = {str(path): wanted["left"][str(path)] if str(path) in sparse else path.read_bytes()
+                   for path in pathlib.Path().rglob("*") if path.is_file()}
     if "findings" in case:
         wanted["findings"] = sorted(filter(None, case["findings"].split("\n")))
         found = FINDING.findall(result.stdout.decode(errors="replace"))
