@@ -3,7 +3,8 @@
 #   run_faults.py FOLDER INJECTOR     the programs' folder, and the library made of inject.cpp
 # Of each kind of call the n-th fails - alone, or with those that follow - for n = 1 and on, until a run
 # has no such call any more. A run has to end by itself, with status 0 only when it has written what it
-# writes undisturbed, else with a message, and must leave nothing open or allocated.
+# writes undisturbed, else with a message, and must leave nothing open or allocated, nor a file that was
+# there harmed.
 import errno, os, pathlib, struct, subprocess, sys, tempfile
 
 MB, ALL = 1 << 20, 1 << 40
@@ -27,6 +28,7 @@ FILES = {
     "the.record": (HERE.parents[1] / "samples/EQ_B4.record").read_bytes(),
     "d/1": b"one" * 1000, "d/2@": b"", "d/3": b"", "d/4": b"four" * 1000,
 }
+OLD = FILES["latin.xml"]  # what the file "out" holds before each run
 # What is run, where standard output goes, and the kinds of call that have to be reached.
 RUNS = [line.split(" | ") for line in (HERE / "runs.txt").read_text().splitlines()]
 # How many calls of a kind fail, and with what.
@@ -61,7 +63,7 @@ class Run:
     # (status, messages, outputs), the number of calls, and what was left behind.
     def disturbed(self, fault):
         pathlib.Path("report").write_bytes(bytes(struct.calcsize(REPORT)))
-        pathlib.Path("out").write_bytes(b"")
+        pathlib.Path("out").write_bytes(OLD)
         done = subprocess.run(self.command, input=FILES["d/4"], timeout=300, stderr=subprocess.PIPE,
                               stdout=subprocess.PIPE if self.stdout == "kept" else open(self.stdout, "wb"),
                               env={**self.environment, "FAULT": fault})
@@ -77,9 +79,11 @@ class Run:
             return "" if outputs == self.wanted[2] else "succeeds with another output"
         if status == 1 and self.command[0].endswith("/eqlint"):  # what can't be read is a finding
             return "" if kind != "alloc" or outputs == self.wanted[2] else "finds something else"
+        if outputs[1] != OLD or list(pathlib.Path().glob(".part-*")):
+            return "harms what was there, or leaves more"
         if kind == "alloc" and self.is_converter:
             return "" if ran_out(status, messages) else f"status {status}"
-        if status == ABORTED and b"std::out_of_range" in messages and not any(outputs):
+        if status == ABORTED and b"std::out_of_range" in messages and not outputs[0]:
             return ""  # the first file can't be read
         news = set(messages.splitlines()) - set(self.wanted[1].splitlines())
         return f"status {status}" if status < 0 else "" if news or self.wanted[0] else "says nothing"

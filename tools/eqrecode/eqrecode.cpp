@@ -1,159 +1,187 @@
 // Loads an XML document and saves it, in another encoding when one is named:
 //
-//     eqrecode IN OUT [ENCODING]
+//     eqrecode [--lossy] IN OUT [ENCODING]
 //
-// The result line of each step goes to standard error. With ENCODING the XML declaration is
-// rewritten to that name, so that the file reads back; UTF-16LE and UTF-16BE are written with their
-// byte-order mark. Shows how the document layer is called. Exit status 1 when the file can't be
-// read or saved.
+// Nothing is written before it is proven that nothing is lost. With ENCODING the XML declaration is
+// rewritten to that name, so that the file reads back.
 
 #include <algorithm>
-#include <csignal>
-#include <cstdio>
-#include <new>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
+#include <utility>
+#include <vector>
 
-#include "markup/DocFlags.h"
+#include "lint/Printable.h"
 #include "markup/Markup.h"
-#include "markup/ResultMessages.h"
-#include "markup/text/EncodingNameTable.h"
-#include "markup/text/TextEncoding.h"
+#include "tools/companion/Options.h"
+#include "tools/companion/OutputFile.h"
+#include "tools/companion/Program.h"
+#include "tools/eqrecode/Codec.h"
+#include "tools/eqrecode/Form.h"
+#include "tools/eqrecode/InputFile.h"
+#include "tools/eqrecode/Loss.h"
+#include "tools/eqrecode/MemoryFile.h"
 
 namespace {
 
-/// Prints a result line and returns `succeeded`.
-bool report(const std::string& line, bool succeeded) {
-    std::fprintf(stderr, "eqrecode: %s\n", line.c_str());
-    return succeeded;
+using namespace eqrecode;
+
+constexpr const char* programName = "eqrecode";
+
+constexpr const char* version = "eqrecode " EQCONVERT_VERSION "\n";
+
+constexpr const char* help =
+    "Usage: eqrecode [--lossy] IN OUT [ENCODING]\n"
+    "\n"
+    "Loads the XML file IN, whatever its encoding, says what it found, and saves it as\n"
+    "OUT, as it was or in ENCODING with its declaration rewritten. Both may be the same\n"
+    "file, and - is standard input or output.\n"
+    "\n"
+    "What would be written is read back before anything is replaced. When it is not the\n"
+    "same text, or without ENCODING not the same bytes, the first character that would\n"
+    "be lost is told, and nothing is written.\n"
+    "\n"
+    "  --lossy                   Write what can be kept, with ? for the rest\n"
+    "  --help                    Print this\n"
+    "  --version                 Print the version\n"
+    "\n"
+    "ENCODING is a name that 'iconv -l' lists; UTF-16 is written with its byte-order mark.\n"
+    "\n"
+    "Status 0: OUT is written; 1: something would be lost, OUT is as it was; 2: trouble.\n"
+    "\n"
+    "Examples:\n"
+    "  eqrecode EQ_B4.xml EQ_B4.xml UTF-8        in place\n"
+    "  eqrecode EQ_B4.xml - UTF-16 | less        look at it\n"
+    "  eqrecode EQ_B4.xml /dev/null              does it come back as it was?\n";
+
+struct Job {
+    std::string in;
+    std::string out;
+    std::string encoding;  ///< "" for that of the file
+    bool isLossy = false;
+};
+
+void tell(const std::string& text) {
+    companion::say(programName, lint::printable(text));
 }
 
-/// What an XML declaration may say: a letter, then letters, digits, ".", "_" and "-".
-bool isEncodingName(std::string_view name) {
+/// What an XML declaration may say, a letter, then letters, digits, ".", "_" and "-", and there is
+/// a converter for.
+bool isUsable(const std::string& encoding) {
     const auto isLetter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
     const auto isNameByte = [&](char c) {
         return isLetter(c) || (c >= '0' && c <= '9') || c == '.' || c == '_' || c == '-';
     };
-    return !name.empty() && isLetter(name.front()) &&
-           std::all_of(name.begin(), name.end(), isNameByte);
+    return !encoding.empty() && isLetter(encoding.front()) &&
+           std::ranges::all_of(encoding, isNameByte) && isKnown({encoding});
 }
 
-/// The flag of the byte-order mark for an encoding, 0 for one without.
-int markOf(const std::string& encoding) {
-    constexpr int utf16BigEndian = 1201;
-    switch (MarkupDocument::GetEncodingCodePage(encoding)) {
-        case CodePageUtf16:
-            return DocFlagUtf16LeFile;
-        case utf16BigEndian:
-            return DocFlagUtf16BeFile;
-        default:
-            return 0;
+/// A file as it is to be written, and what it has lost on the way.
+struct Result {
+    Form form;
+    std::string bytes;
+    std::vector<Loss> losses;
+};
+
+void add(std::vector<Loss>& losses, std::optional<Loss> loss) {
+    if (loss) {
+        losses.push_back(*std::move(loss));
     }
 }
 
-/// Whether a file in this encoding reads back: without a mark its declaration has to be the same
-/// bytes as in ASCII.
-bool canReadBack(const std::string& encoding) {
-    if (markOf(encoding) != 0) {
-        return true;
+/// Writes the text of a file again in the form that it has. What comes back byte for byte has lost
+/// nothing, whether it is understood or not.
+Result asItWas(const std::string& bytes, std::string_view text) {
+    const Form form = formOf(bytes);
+    Result result{form, encode(text, form), {}};
+    if (result.bytes != bytes) {
+        add(result.losses, lossOnReading(bytes, form, text, result.bytes));
     }
-    if (MarkupDocument::GetEncodingCodePage(encoding) == CodePageUtf32) {
-        return false;  // has units of its own, not bytes
-    }
-    const std::string declaration = "<?xml version=\"1.0\" encoding='" + encoding + "'?>";
-    const auto size = static_cast<int>(declaration.size());
-    TextEncoding conversion("UTF-8", declaration.data(), size);
-    std::string converted(declaration.size(), '\0');
-    if (conversion.PerformConversion(nullptr, encoding) != size) {
-        return false;
-    }
-    conversion.PerformConversion(converted.data(), nullptr);
-    return converted == declaration;
+    return result;
 }
 
-/// Makes the XML declaration of `text` name `encoding`: rewrites the name, adds it behind the
-/// version, or adds a declaration.
-void declareEncoding(std::string& text, const std::string& encoding) {
-    TokenPos target(text, DocFlagIgnoreCase);
-    NodePos node;
-    const bool isInstruction = target.ParseNode(node) == NodeProcessingInstruction;
-    target.next = 2;
-    if (!isInstruction || !target.FindName() || !target.Match("xml")) {
-        text.insert(0, "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?>\n");
-        return;
+/// Writes the text of a file in another encoding.
+Result inEncoding(const std::string& bytes, std::string_view text, const std::string& encoding) {
+    const Form form = formOf(bytes);
+    std::vector<Loss> losses;
+    add(losses, lossOnReading(bytes, form, text, encode(text, form)));
+    std::string declaring(text);
+    declareEncoding(declaring, encoding);
+    const Form newForm = formFor(encoding);
+    Result result{newForm, encode(declaring, newForm), std::move(losses)};
+    if (isKnown(form)) {  // else the bytes are no text that could be compared
+        add(result.losses, lossOnWriting(text, declaring, newForm, result.bytes));
     }
-    TokenPos name(text, DocFlagIgnoreCase, 2);
-    const auto end = static_cast<std::size_t>(node.length) - 2;
-    TokenPos version = name;
-    if (name.FindAttrib("encoding")) {
-        // A value without its closing quote runs out of the declaration.
-        const auto left = static_cast<std::size_t>(name.left);
-        const bool isQuoted = text[left - 1] == '"' || text[left - 1] == '\'';
-        text.replace(left, std::min(name.token().size(), end - std::min(left, end)),
-                     isQuoted ? encoding : '"' + encoding + '"');
-        return;
-    }
-    // Where the version is, its closing quote included; "standalone" has to come behind.
-    std::size_t at = end;
-    if (version.FindAttrib("version")) {
-        const auto close = static_cast<std::size_t>(version.left) + version.token().size();
-        at = close < end && (text[close] == '"' || text[close] == '\'') ? close + 1 : end;
-    }
-    text.insert(at, " encoding=\"" + encoding + "\"");
+    return result;
 }
 
-/// Whether the loader will find the encoding in the file: only near its start, and not behind what
-/// it can't read.
-bool isDeclared(const std::string& text, const std::string& encoding) {
-    constexpr std::size_t probeLength = 1024;
-    const std::string_view start = std::string_view(text).substr(0, probeLength);
-    return MarkupDocument::GetDeclaredEncoding(start) == encoding;
-}
-
-bool saveAs(const MarkupDocument& document, const char* path, std::string encoding) {
-    if (!isEncodingName(encoding) || !canReadBack(encoding)) {
-        return report("can't write a file in " + encoding + " that reads back", false);
-    }
-    int flags = markOf(encoding);
-    std::string text(document.GetDoc());
-    declareEncoding(text, encoding);
-    if (flags == 0 && !isDeclared(text, encoding)) {
-        return report("can't declare " + encoding + " where it would be found", false);
-    }
-    std::string results;
-    const bool isSaved = MarkupDocument::WriteTextFile(path, text, &results, &flags, &encoding);
-    return report(markup::renderResults(results), isSaved);
-}
-
-/// Loads `in` and saves it as `out`, in `encoding` unless that is null.
-bool recode(const char* in, const char* out, const char* encoding) {
+/// Loads the document and tells what was found. That it is not well-formed is no failure here: its
+/// text is whole.
+Result convert(const Job& job) {
+    const std::string bytes = readFile(job.in);
     MarkupDocument document;
-    document.Load(in);
-    // That a document is not well-formed is no failure here: its text is whole.
-    if (!report(document.GetError(), document.GetFileError() == 0)) {
-        return false;
+    document.Load(MemoryFile(bytes).path());
+    if (document.GetFileError() != 0) {
+        throw std::runtime_error(job.in + ": " + document.GetError());
     }
-    if (encoding != nullptr) {
-        return saveAs(document, out, encoding);
+    tell(job.in + ": " + document.GetError());
+    return job.encoding.empty() ? asItWas(bytes, document.GetDoc())
+                                : inEncoding(bytes, document.GetDoc(), job.encoding);
+}
+
+void write(const std::string& path, const std::string& bytes) {
+    try {
+        companion::OutputFile output(path, true);
+        output.stream() << bytes;
+        output.commit();
+    } catch (const std::system_error& error) {
+        throw std::system_error(error.code(), path);
     }
-    const bool isSaved = document.Save(out);
-    return report(document.GetError(), isSaved);
+}
+
+int recode(const Job& job) {
+    const Result result = convert(job);
+    for (const Loss& loss : result.losses) {
+        tell(job.in + loss.place + ": " + loss.what);
+    }
+    if (!result.losses.empty() && !job.isLossy) {
+        tell(job.out + ": not written; --lossy writes what can be kept");
+        return companion::somethingFound;
+    }
+    // Made before, as there may be no memory for it behind.
+    const std::string done = lint::printable(job.out + ": " + result.form.encoding + ", " +
+                                             std::to_string(result.bytes.size()) + " bytes");
+    write(job.out, result.bytes);
+    companion::say(programName, done);
+    return companion::nothingFound;
+}
+
+int runEqrecode(int argc, char** argv) {
+    Job job;
+    const auto operands =
+        companion::readOperands(argc, argv, help, version, {{"--lossy", &job.isLossy}});
+    if (!operands) {
+        return companion::nothingFound;
+    }
+    if (operands->size() != 2 && operands->size() != 3) {
+        throw companion::UsageError("IN, OUT and perhaps ENCODING have to be given");
+    }
+    job.in = (*operands)[0];
+    job.out = (*operands)[1];
+    if (operands->size() == 3) {
+        job.encoding = operands->back();
+        if (!isUsable(job.encoding)) {
+            throw companion::UsageError("there is no encoding " + job.encoding);
+        }
+    }
+    return recode(job);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3 && argc != 4) {
-        std::fputs("usage: eqrecode IN OUT [ENCODING]\n", stderr);
-        return 1;
-    }
-    // A closed pipe and a file that grows too large are to be reported as failed writes.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-    try {
-        return recode(argv[1], argv[2], argc == 4 ? argv[3] : nullptr) ? 0 : 1;
-    } catch (const std::bad_alloc&) {
-        std::fputs("eqrecode: out of memory\n", stderr);
-        return 1;
-    }
+    return companion::runProgram(programName, [&] { return runEqrecode(argc, argv); });
 }

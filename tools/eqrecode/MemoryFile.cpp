@@ -1,0 +1,44 @@
+#include "tools/eqrecode/MemoryFile.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <ostream>
+#include <system_error>
+
+#include "tools/companion/OutputFile.h"
+#include "tools/eqrecode/InputFile.h"
+
+namespace eqrecode {
+
+MemoryFile::MemoryFile(std::string_view content)
+    : descriptor_(::memfd_create("eqrecode", MFD_CLOEXEC)) {
+    if (descriptor_ < 0) {
+        throw std::system_error(errno, std::generic_category(), "a file in memory");
+    }
+    try {
+        companion::DescriptorBuffer buffer(descriptor_);
+        std::ostream stream(&buffer);
+        stream.exceptions(std::ios::badbit);
+        stream << content << std::flush;
+    } catch (const std::system_error& error) {
+        ::close(descriptor_);
+        throw std::system_error(error.code(), "a file in memory");
+    }
+}
+
+MemoryFile::~MemoryFile() {
+    ::close(descriptor_);
+}
+
+std::string MemoryFile::path() const {
+    return "/proc/self/fd/" + std::to_string(descriptor_);
+}
+
+std::string MemoryFile::content() const {
+    ::lseek(descriptor_, 0, SEEK_SET);
+    return readToEnd(descriptor_, "a file in memory");
+}
+
+}  // namespace eqrecode
