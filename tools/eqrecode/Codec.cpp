@@ -112,7 +112,7 @@ std::string encode(std::string_view text, const Form& form) {
     const std::string prepared = isUtf16 ? splitIntoSurrogates(text) : std::string(text);
     const MemoryFile file;
     std::string results;
-    int flags = form.mark;
+    int flags = form.mark;  // chooses the encoding where there is a mark, else the name does
     std::string encoding = form.encoding;
     if (!MarkupDocument::WriteTextFile(file.path(), prepared, &results, &flags, &encoding)) {
         throw std::runtime_error("can't be written: " + markup::renderResults(results));

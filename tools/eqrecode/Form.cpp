@@ -1,3 +1,6 @@
+// Finds the form of a file by the rules of the document layer, from the bytes alone, so that it can
+// be asked of a file that is only going to be written.
+
 #include "tools/eqrecode/Form.h"
 
 #include <algorithm>

@@ -1,3 +1,6 @@
+// A pipe can't be asked for its size, and a file may grow while it is read: whatever comes is
+// taken, up to what a document can hold.
+
 #include "tools/eqrecode/InputFile.h"
 
 #include <fcntl.h>

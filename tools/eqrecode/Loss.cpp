@@ -3,6 +3,9 @@
 // have written. So nothing is believed: a text that was read has to give the same bytes again, and
 // to be what the system alone makes of them; one that is to be written has to be what the system
 // alone makes of the new bytes, and what the document layer reads from them.
+//
+// Of what is found wrong the first is told that explains the others: UTF-16 without a mark, say, is
+// also a text full of zeros, and often none of UTF-8.
 
 #include "tools/eqrecode/Loss.h"
 

@@ -1,3 +1,6 @@
+// The document layer reads and writes files by their paths only. One in memory has a path as well,
+// leaves nothing behind, whatever ends the process, and needs no folder that can be written to.
+
 #include "tools/eqrecode/MemoryFile.h"
 
 #include <sys/mman.h>

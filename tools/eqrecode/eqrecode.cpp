@@ -2,8 +2,10 @@
 //
 //     eqrecode [--lossy] IN OUT [ENCODING]
 //
-// Nothing is written before it is proven that nothing is lost. With ENCODING the XML declaration is
-// rewritten to that name, so that the file reads back.
+// The file is read once, and everything is done in memory: what the document layer makes of it, the
+// new bytes, and the proof that nothing is lost on the way (Loss.cpp). Only then the output is
+// opened, so that it may be the input, and gets its name when it is whole. With ENCODING the XML
+// declaration is rewritten to that name, so that the file reads back.
 
 #include <algorithm>
 #include <optional>
