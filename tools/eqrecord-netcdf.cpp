@@ -7,7 +7,6 @@
 
 #include <netcdf.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -25,6 +24,7 @@
 #include "tools/eqrecord/NetcdfFile.h"
 #include "tools/eqrecord/OpenRecord.h"
 #include "tools/eqrecord/Selection.h"
+#include "tools/eqrecord/Verb.h"
 
 namespace {
 

@@ -1,5 +1,6 @@
 #include "tools/companion/CommandLine.h"
 
+#include <CLI/CLI.hpp>
 #include <memory>
 #include <utility>
 

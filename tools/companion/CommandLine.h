@@ -1,8 +1,9 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <string>
+
+#include "tools/companion/CommandLineFwd.h"
 
 namespace companion {
 

@@ -10,6 +10,7 @@
 #include "tools/companion/OutputFile.h"
 #include "tools/companion/Program.h"
 #include "tools/eqrecord/RecordJson.h"
+#include "tools/eqrecord/Verb.h"
 
 namespace eqrecord {
 

@@ -13,6 +13,7 @@
 #include "tools/eqrecord/JsonWriter.h"
 #include "tools/eqrecord/RecordCheck.h"
 #include "tools/eqrecord/Telling.h"
+#include "tools/eqrecord/Verb.h"
 
 namespace eqrecord {
 

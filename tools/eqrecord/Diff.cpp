@@ -14,6 +14,7 @@
 #include "tools/eqrecord/DiffJson.h"
 #include "tools/eqrecord/DiffText.h"
 #include "tools/eqrecord/RecordDiff.h"
+#include "tools/eqrecord/Verb.h"
 
 namespace eqrecord {
 

@@ -11,6 +11,7 @@
 #include "tools/eqrecord/DumpJson.h"
 #include "tools/eqrecord/DumpText.h"
 #include "tools/eqrecord/OpenRecord.h"
+#include "tools/eqrecord/Verb.h"
 
 namespace eqrecord {
 

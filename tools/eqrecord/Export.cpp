@@ -8,6 +8,7 @@
 #include "tools/eqrecord/NetcdfProgram.h"
 #include "tools/eqrecord/OpenRecord.h"
 #include "tools/eqrecord/Selection.h"
+#include "tools/eqrecord/Verb.h"
 #include "tools/eqrecord/XmlExport.h"
 
 namespace eqrecord {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <span>
 
+#include "tools/companion/CommandLineFwd.h"
 #include "tools/eqrecord/Arguments.h"
 
 namespace eqrecord {

@@ -13,6 +13,7 @@
 #include "tools/eqrecord/InfoJson.h"
 #include "tools/eqrecord/InfoText.h"
 #include "tools/eqrecord/Telling.h"
+#include "tools/eqrecord/Verb.h"
 
 namespace eqrecord {
 

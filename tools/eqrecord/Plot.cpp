@@ -26,6 +26,7 @@
 #include "tools/eqrecord/PlotSource.h"
 #include "tools/eqrecord/PlotText.h"
 #include "tools/eqrecord/Selection.h"
+#include "tools/eqrecord/Verb.h"
 
 namespace eqrecord {
 

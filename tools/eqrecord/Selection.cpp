@@ -3,6 +3,7 @@
 
 #include "tools/eqrecord/Selection.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 #include <string_view>

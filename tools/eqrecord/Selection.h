@@ -1,11 +1,11 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstddef>
 #include <string>
 #include <vector>
 
 #include "record/Reading.h"
+#include "tools/companion/CommandLineFwd.h"
 
 namespace eqrecord {
 

@@ -15,6 +15,7 @@
 #include "tools/eqrecord/StatsJson.h"
 #include "tools/eqrecord/StatsText.h"
 #include "tools/eqrecord/Telling.h"
+#include "tools/eqrecord/Verb.h"
 
 namespace eqrecord {
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-
+#include "tools/companion/CommandLineFwd.h"
 #include "tools/eqrecord/Arguments.h"
 
 namespace eqrecord {
