@@ -94,16 +94,15 @@ Decoding decode(std::string_view bytes, const Form& form) {
     Converter converter(form.encoding);
     Decoding result;
     std::size_t at = markOf(form).size();
-    while (at < bytes.size()) {
+    while (at < bytes.size() && !result.fault) {
         const std::string_view piece = bytes.substr(at, Converter::longestPiece);
         const std::size_t taken = converter.convert(piece, result.text);
         at += taken;
         if (taken < piece.size() && (converter.hasFailed() || taken == 0)) {
             result.fault = at;
-            return result;
         }
     }
-    converter.convert({}, result.text);
+    converter.convert({}, result.text);  // also what is held back before a fault
     return result;
 }
 
