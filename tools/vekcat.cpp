@@ -15,6 +15,7 @@
 
 #include "base/Exception.h"
 #include "base/InputServer.h"
+#include "lint/Printable.h"
 #include "tools/companion/Options.h"
 #include "tools/companion/OutputFile.h"
 #include "tools/companion/Program.h"
@@ -84,15 +85,20 @@ bool copy(InputStream& stream, std::ostream& output) {
 }
 
 bool complain(const std::string& argument, const char* text) {
-    companion::say(programName, argument, text);
+    std::string name = "an input";  // where there is no memory to make the argument printable
+    try {
+        name = lint::printable(argument);
+    } catch (const std::bad_alloc&) {
+    }
+    companion::say(programName, name, text);
     return false;
 }
 
 /// Leaves the text out where there is no memory for a copy of it.
 bool complain(const vek::Exception& error) {
-    vek::String text;
+    std::string text;
     try {
-        text = error.msg();
+        text = lint::printable(error.msg().view());
     } catch (const std::bad_alloc&) {
     }
     std::fprintf(stderr, "vekcat: %s: %s: %s\n", error.family(), error.title(), text.c_str());
