@@ -65,6 +65,8 @@ def check_replacing():
     assert run("link", "link", "UTF-8")[0] == 0
     assert os.path.islink("link") and pathlib.Path("file").read_text() == TEXT.splitlines()[0] + "\n<a/>"
     assert stat.S_IMODE(os.stat("file").st_mode) == 0o640
+    closed = subprocess.run(["/bin/sh", "-c", 'exec "$0" - file <&-', EQRECODE], capture_output=True, timeout=60)
+    assert closed.returncode == 2 and pathlib.Path("file").stat().st_size != 0, closed
     assert run("--help")[0] == run("--version")[0] == 0 and run("--nonsense", "file", "file")[0] == 2
 
 

@@ -18,11 +18,11 @@ namespace companion {
 namespace {
 
 /// Makes sure that no file that is opened becomes a standard stream, to which somebody writes. One
-/// that was closed still can't be written to.
+/// that was closed still can't be written to, or read: an empty input would not be a failed one.
 void keepStandardStreams() {
     int descriptor = 0;
     while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
-        descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+        descriptor = ::open("/dev/null", O_PATH | O_CLOEXEC);
     }
     ::close(descriptor);
 }
