@@ -65,8 +65,10 @@ def check_replacing():
     assert run("link", "link", "UTF-8")[0] == 0
     assert os.path.islink("link") and pathlib.Path("file").read_text() == TEXT.splitlines()[0] + "\n<a/>"
     assert stat.S_IMODE(os.stat("file").st_mode) == 0o640
-    closed = subprocess.run(["/bin/sh", "-c", 'exec "$0" - file <&-', EQRECODE], capture_output=True, timeout=60)
-    assert closed.returncode == 2 and pathlib.Path("file").stat().st_size != 0, closed
+    for name, line in ("-", 'exec "$0" - file <&-'), ("file", 'ulimit -f 0; exec "$0" file file'):
+        done = subprocess.run(["/bin/sh", "-c", line, EQRECODE], capture_output=True, timeout=60)
+        assert done.returncode == 2 and done.stderr.startswith(b"eqrecode: %s: " % name.encode()), done
+        assert pathlib.Path("file").stat().st_size != 0, line
     assert run("--help")[0] == run("--version")[0] == 0 and run("--nonsense", "file", "file")[0] == 2
 
 

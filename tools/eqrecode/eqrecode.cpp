@@ -122,16 +122,24 @@ Result inEncoding(const std::string& bytes, std::string_view text, const std::st
 
 /// Loads the document and tells what was found. That it is not well-formed is no failure here: its
 /// text is whole.
-Result convert(const Job& job) {
-    const std::string bytes = readFile(job.in);
+Result convert(const Job& job, const std::string& bytes) {
     MarkupDocument document;
     document.Load(MemoryFile(bytes).path());
     if (document.GetFileError() != 0) {
-        throw std::runtime_error(job.in + ": " + document.GetError());
+        throw std::runtime_error(document.GetError());
     }
     tell(job.in + ": " + document.GetError());
     return job.encoding.empty() ? asItWas(bytes, document.GetDoc())
                                 : inEncoding(bytes, document.GetDoc(), job.encoding);
+}
+
+Result readAndConvert(const Job& job) {
+    const std::string bytes = readFile(job.in);
+    try {
+        return convert(job, bytes);
+    } catch (const std::runtime_error& error) {  // says what failed, not for which file
+        throw std::runtime_error(job.in + ": " + error.what());
+    }
 }
 
 void write(const std::string& path, const std::string& bytes) {
@@ -145,7 +153,7 @@ void write(const std::string& path, const std::string& bytes) {
 }
 
 int recode(const Job& job) {
-    const Result result = convert(job);
+    const Result result = readAndConvert(job);
     for (const Loss& loss : result.losses) {
         tell(job.in + loss.place + ": " + loss.what);
     }
