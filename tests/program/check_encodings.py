@@ -65,10 +65,13 @@ def check_replacing():
     assert run("link", "link", "UTF-8")[0] == 0
     assert os.path.islink("link") and pathlib.Path("file").read_text() == TEXT.splitlines()[0] + "\n<a/>"
     assert stat.S_IMODE(os.stat("file").st_mode) == 0o640
-    for name, line in ("-", 'exec "$0" - file <&-'), ("file", 'ulimit -f 0; exec "$0" file file'):
+    os.symlink("nowhere", "dangling")
+    os.symlink("/proc/self/fd/1", "stdout")
+    for name, line in (("-", 'exec "$0" - file <&-'), ("file", 'ulimit -f 0; exec "$0" file file'),
+                       ("file", 'exec "$0" file dangling'), ("file", 'exec > new; rm new; exec "$0" file stdout')):
         done = subprocess.run(["/bin/sh", "-c", line, EQRECODE], capture_output=True, timeout=60)
-        assert done.returncode == 2 and done.stderr.startswith(b"eqrecode: %s: " % name.encode()), done
-        assert pathlib.Path("file").stat().st_size != 0, line
+        assert done.returncode == 2 and done.stderr.startswith(b"eqrecode: %s: " % name.encode()), (line, done)
+    assert os.path.islink("dangling") and os.path.islink("stdout") and os.stat("file").st_size != 0
     assert run("--help")[0] == run("--version")[0] == 0 and run("--nonsense", "file", "file")[0] == 2
 
 

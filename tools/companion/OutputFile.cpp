@@ -28,14 +28,15 @@ bool awaitRoom(int descriptor) {
     return ::poll(&waited, 1, -1) >= 0 || errno == EINTR;
 }
 
-/// The file that a link leads to, or the path itself when it leads nowhere.
+/// The file that a path leads to. There may be none though the path can be opened: a link of the
+/// system's to a file that has been deleted.
 std::string resolved(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr),
                                                            &std::free);
     if (!real && errno == ENOMEM) {
         throw std::bad_alloc();
     }
-    return real ? real.get() : path;
+    return real ? real.get() : (fail(path), "");
 }
 
 /// Gives a new file the owner, the group and the permissions of the one that it will replace. What
@@ -101,22 +102,20 @@ int OutputFile::open() {
     if (::lstat(path_.c_str(), &status) != 0) {
         return openTemporary();
     }
-    const std::string given = std::exchange(path_, resolved(path_));
     const bool leadsSomewhere = ::stat(path_.c_str(), &status) == 0;
     if (leadsSomewhere && !S_ISREG(status.st_mode)) {
         const int descriptor = ::open(path_.c_str(), O_WRONLY | O_CLOEXEC);
-        return descriptor >= 0 ? descriptor : (fail(given), -1);
+        return descriptor >= 0 ? descriptor : (fail(path_), -1);
     }
     if (!overwrites_) {
-        throw std::runtime_error(given + ": is there already; --overwrite replaces it");
+        throw std::runtime_error(path_ + ": is there already; --overwrite replaces it");
     }
-    if (leadsSomewhere && ::access(path_.c_str(), W_OK) != 0) {
-        fail(given);  // renaming would not ask
+    if (!leadsSomewhere || ::access(path_.c_str(), W_OK) != 0) {
+        fail(path_);  // renaming would not ask
     }
+    path_ = resolved(path_);
     const int descriptor = openTemporary();
-    if (leadsSomewhere) {
-        takeOver(descriptor, status);
-    }
+    takeOver(descriptor, status);
     return descriptor;
 }
 

@@ -26,7 +26,8 @@ class DescriptorBuffer : public std::streambuf {
 
 /// Where the result of a program goes: standard output, or a file that is there whole or not at
 /// all. A file is written under another name in its folder, and gets its own at the end. One that
-/// it replaces hands on its permissions; a link stays one, and what it leads to is replaced.
+/// it replaces hands on its permissions; a link stays one, and what it leads to is replaced, or
+/// refused where it leads nowhere.
 class OutputFile {
   public:
     /// Opens the output: "-" is standard output. A file that is there is refused unless
