@@ -38,6 +38,15 @@ std::optional<std::size_t> firstDifference(std::string_view text, std::string_vi
     return at;
 }
 
+/// The first character above U+10FFFF, which are none, though the system takes them for some.
+std::optional<std::size_t> firstBeyondUnicode(std::string_view text) {
+    const auto isBeyond = [](unsigned char lead, unsigned char next) {
+        return lead > 0xF4 || (lead == 0xF4 && next >= 0x90);
+    };
+    const auto found = std::ranges::adjacent_find(text, isBeyond);
+    return found == text.end() ? std::nullopt : std::optional<std::size_t>(found - text.begin());
+}
+
 /// Lines end at a line feed, columns count characters from 1.
 std::string placeOf(std::string_view text, std::size_t offset) {
     const std::string_view before = text.substr(0, offset);
@@ -115,6 +124,9 @@ std::optional<Loss> lossOnReading(std::string_view bytes, const Form& form, std:
     }
     if (auto loss = wrongForm(bytes, form, text)) {
         return loss;
+    }
+    if (const auto at = firstBeyondUnicode(truth.text)) {
+        return lossAt(*at, characterAt(truth.text, *at) + " is no character");
     }
     if (truth.fault) {
         return lossAt(truth.text.size(),
