@@ -100,7 +100,8 @@ std::optional<Loss> wrongForm(std::string_view bytes, const Form& form, std::str
     }
     // XML has neither a shift nor an escape; encodings with several sets of characters do.
     const std::size_t shift = text.find_first_of("\x0E\x0F\x1B");
-    if (shift != std::string_view::npos || text.find('<') == std::string_view::npos) {
+    const bool hasTags = text.empty() || text.find('<') != std::string_view::npos;
+    if (shift != std::string_view::npos || !hasTags) {
         return Loss{shift == std::string_view::npos ? "" : placeOf(text, shift),
                     "read as " + form.encoding + ", but seems to be in another encoding"};
     }
