@@ -7,6 +7,7 @@
 
 #include <netcdf.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -95,14 +96,14 @@ int run(int argc, char** argv) {
     eqrecord::Arguments arguments;
     eqrecord::Selection selection;
     companion::prepare(app, "-o FILE [OPTION...] RECORD");
-    eqrecord::addRecords(app, arguments, false);
+    eqrecord::Verb verb(app);
+    verb.addOperands("RECORD", false, arguments.records);
     // So that the arguments of 'eqrecord export' can be passed on as they are.
-    eqrecord::addOption(app, "", "--format", "FORMAT", arguments.format, "netcdf")
-        ->check(CLI::IsMember({"netcdf"}));
-    eqrecord::addNetcdfKind(app, arguments);
-    eqrecord::addOutput(app, arguments);
-    selection.addTo(app);
-    eqrecord::addReading(app, arguments);
+    verb.addChoice({"", "--format", "FORMAT", "netcdf"}, arguments.format, {"netcdf"});
+    verb.addNetcdfKind(arguments);
+    verb.addOutput(arguments);
+    selection.addTo(verb);
+    verb.addReading(arguments);
     app.footer(footer);
     const std::span<char*> given(argv, static_cast<std::size_t>(argc));
     return companion::parseAndRun(app, version(), argc, argv, [&] {

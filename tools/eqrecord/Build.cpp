@@ -83,12 +83,11 @@ int build(const Arguments& arguments) {
 }  // namespace
 
 void addBuild(CLI::App& app, Work& work) {
-    CLI::App& verb =
-        addVerb(app, "build", "[OPTION...] JSON", "Make the record that a JSON file describes");
+    Verb verb(app, "build", "[OPTION...] JSON", "Make the record that a JSON file describes");
     const auto arguments = std::make_shared<Arguments>();
-    verb.add_option("JSON", arguments->records)->expected(1)->allow_extra_args(false);
-    addOutput(verb, *arguments);
-    endVerb(verb, footer, [arguments, &work] { work = [arguments] { return build(*arguments); }; });
+    verb.addOperands("JSON", false, arguments->records);
+    verb.addOutput(*arguments);
+    verb.end(footer, [arguments, &work] { work = [arguments] { return build(*arguments); }; });
 }
 
 }  // namespace eqrecord

@@ -91,15 +91,14 @@ int tellFindings(const Arguments& arguments, bool isStrict) {
 }  // namespace
 
 void addCheck(CLI::App& app, Work& work) {
-    CLI::App& verb =
-        addVerb(app, "check", "[OPTION...] RECORD...", "Tell what is wrong with records");
+    Verb verb(app, "check", "[OPTION...] RECORD...", "Tell what is wrong with records");
     const auto arguments = std::make_shared<Arguments>();
     const auto isStrict = std::make_shared<bool>(false);
-    addRecords(verb, *arguments, true);
-    verb.add_flag("--strict", *isStrict, "Let notes count for the status")->group("Output");
-    addFormat(verb, *arguments, {"text", "json"});
-    addReading(verb, *arguments);
-    endVerb(verb, footer, [arguments, isStrict, &work] {
+    verb.addOperands("RECORD", true, arguments->records);
+    verb.addFlag("Output", "--strict", *isStrict, "Let notes count for the status");
+    verb.addFormat(*arguments, {"text", "json"});
+    verb.addReading(*arguments);
+    verb.end(footer, [arguments, isStrict, &work] {
         work = [arguments, isStrict] { return tellFindings(*arguments, *isStrict); };
     });
 }

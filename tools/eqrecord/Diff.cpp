@@ -46,6 +46,7 @@ struct DiffArguments {
     Arguments common;
     DiffOptions options;
     bool isQuiet = false;
+    std::string match = "band";
 };
 
 /// Takes what there is to say, and says nothing.
@@ -87,72 +88,60 @@ int tellDiff(DiffArguments& arguments) {
     return totals.isSame() ? companion::nothingFound : companion::somethingFound;
 }
 
-/// Left to itself, an option takes -1 for the largest number that there is.
-CLI::Validator wholeNumber() {
-    return CLI::Range(std::int64_t{0}, std::numeric_limits<std::int64_t>::max());
-}
+constexpr std::uint64_t mostNumber = std::numeric_limits<std::int64_t>::max();
 
-void addTolerance(CLI::App& verb, Tolerance& tolerance) {
+void addTolerance(Verb& verb, Tolerance& tolerance) {
     constexpr const char* group = "Tolerance";
-    addOption(verb, group, "--abs", "X", tolerance.absolute, "Let values be so far apart")
-        ->check(finiteNumber(false));
-    addOption(verb, group, "--rel", "Y", tolerance.relative,
-              "The same, times the larger of them; both are added")
-        ->check(finiteNumber(false));
-    addOption(verb, group, "--ulp", "N", tolerance.ulp, "Or so many representable numbers apart")
-        ->check(wholeNumber());
-    verb.add_flag("--nan-differs", tolerance.nanDiffers, "Tell NaN of other bits apart")
-        ->group(group);
+    verb.addReal({group, "--abs", "X", "Let values be so far apart"}, false,
+                 [&tolerance](double bound) { tolerance.absolute = bound; });
+    verb.addReal({group, "--rel", "Y", "The same, times the larger of them; both are added"}, false,
+                 [&tolerance](double bound) { tolerance.relative = bound; });
+    verb.addWhole({group, "--ulp", "N", "Or so many representable numbers apart"}, 0, mostNumber,
+                  [&tolerance](std::uint64_t count) { tolerance.ulp = count; });
+    verb.addFlag(group, "--nan-differs", tolerance.nanDiffers, "Tell NaN of other bits apart");
 }
 
-void addIgnore(CLI::App& verb, std::vector<std::string>& ignored) {
-    const auto known = comparedFields();
-    addOption(verb, "Comparison", "--ignore", "FIELD[,...]", ignored,
-              "Leave out fields; may be given several times")
-        ->delimiter(',')
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->check(CLI::Validator(
-            [known](const std::string& field) {
-                return std::ranges::find(known, field) == known.end()
-                           ? '"' + field + "\" is no field, see eqrecord diff --help"
-                           : "";
-            },
-            ""));
+void addIgnore(Verb& verb, std::vector<std::string>& ignored) {
+    verb.addMany(
+        {"Comparison", "--ignore", "FIELD[,...]", "Leave out fields; may be given several times"},
+        true, ignored, [known = comparedFields()](const std::string& field) {
+            return std::ranges::find(known, field) == known.end()
+                       ? '"' + field + "\" is no field, see eqrecord diff --help"
+                       : "";
+        });
 }
 
-void addMatch(CLI::App& verb, Match& match) {
+Match matchOf(const std::string& name) {
     static const std::map<std::string, Match> matches{
         {"band", Match::band}, {"position", Match::position}, {"name", Match::name}};
-    verb.add_option_function<std::string>(
-            "--match", [&match](const std::string& name) { match = matches.at(name); },
-            "How configurations belong together: by band\nand label (default), position, or file\n"
-            "name and label")
-        ->check(CLI::IsMember({"band", "position", "name"}))
-        ->type_name("HOW")
-        ->option_text("HOW")
-        ->group("Comparison");
+    return matches.at(name);
 }
 
 }  // namespace
 
 void addDiff(CLI::App& app, Work& work) {
-    CLI::App& verb = addVerb(app, "diff", "[OPTION...] A B", "Tell what two records differ in");
+    Verb verb(app, "diff", "[OPTION...] A B", "Tell what two records differ in");
     const auto arguments = std::make_shared<DiffArguments>();
     DiffOptions& options = arguments->options;
-    addRecords(verb, arguments->common, true);
+    verb.addOperands("RECORD", true, arguments->common.records);
     addTolerance(verb, options.tolerance);
     addIgnore(verb, options.ignored);
-    addMatch(verb, options.match);
+    verb.addChoice(
+        {"Comparison", "--match", "HOW",
+         "How configurations belong together: by band\nand label (default), position, or file\n"
+         "name and label"},
+        arguments->match, {"band", "position", "name"});
     options.selection.addTo(verb);
-    addFormat(verb, arguments->common, {"text", "json"});
-    addOption(verb, "Output", "--max-lines", "N", options.mostPairs,
-              "List at most so many values of a variable\n(default 20)")
-        ->check(wholeNumber());
-    verb.add_flag("--quiet", arguments->isQuiet, "Tell by the status only")->group("Output");
-    addReading(verb, arguments->common);
-    endVerb(verb, footer,
-            [arguments, &work] { work = [arguments] { return tellDiff(*arguments); }; });
+    verb.addFormat(arguments->common, {"text", "json"});
+    verb.addWhole(
+        {"Output", "--max-lines", "N", "List at most so many values of a variable\n(default 20)"},
+        0, mostNumber, [&options](std::uint64_t count) { options.mostPairs = count; });
+    verb.addFlag("Output", "--quiet", arguments->isQuiet, "Tell by the status only");
+    verb.addReading(arguments->common);
+    verb.end(footer, [arguments, &work] {
+        arguments->options.match = matchOf(arguments->match);
+        work = [arguments] { return tellDiff(*arguments); };
+    });
 }
 
 }  // namespace eqrecord

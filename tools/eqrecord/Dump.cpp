@@ -57,26 +57,24 @@ int dump(const DumpArguments& arguments) {
 }  // namespace
 
 void addDump(CLI::App& app, Work& work) {
-    CLI::App& verb = addVerb(app, "dump", "[OPTION...] RECORD",
-                             "Show all that stands in a record, or turn it into JSON or CSV");
+    Verb verb(app, "dump", "[OPTION...] RECORD",
+              "Show all that stands in a record, or turn it into JSON or CSV");
     const auto arguments = std::make_shared<DumpArguments>();
-    addRecords(verb, arguments->common, false);
+    verb.addOperands("RECORD", false, arguments->common.records);
     arguments->selection.addTo(verb);
-    addFormat(verb, arguments->common, {"text", "json", "csv"});
-    verb.add_flag("--all", arguments->options.leavesNothingOut,
-                  "Shorten and fold no vectors, leave out no rows")
-        ->group("Output");
-    verb.add_flag("--hex", arguments->options.writesBits,
-                  "Values as their bits: 0x3ff0000000000000 for 1")
-        ->group("Output");
-    auto* const nan = addOption(verb, "Output", "--nan", "TEXT", arguments->options.nan,
-                                "In csv: what stands for NaN (nothing by default)");
-    addOutput(verb, arguments->common);
-    addReading(verb, arguments->common);
-    endVerb(verb, footer, [arguments, nan, &work] {
-        arguments->hasNan = nan->count() > 0;
-        work = [arguments] { return dump(*arguments); };
-    });
+    verb.addFormat(arguments->common, {"text", "json", "csv"});
+    verb.addFlag("Output", "--all", arguments->options.leavesNothingOut,
+                 "Shorten and fold no vectors, leave out no rows");
+    verb.addFlag("Output", "--hex", arguments->options.writesBits,
+                 "Values as their bits: 0x3ff0000000000000 for 1");
+    verb.addOption({"Output", "--nan", "TEXT", "In csv: what stands for NaN (nothing by default)"},
+                   [arguments = arguments.get()](const std::string& text) {
+                       arguments->options.nan = text;
+                       arguments->hasNan = true;
+                   });
+    verb.addOutput(arguments->common);
+    verb.addReading(arguments->common);
+    verb.end(footer, [arguments, &work] { work = [arguments] { return dump(*arguments); }; });
 }
 
 }  // namespace eqrecord

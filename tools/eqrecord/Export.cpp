@@ -53,22 +53,18 @@ int runXml(const Arguments& arguments, const Selection& selection) {
 }  // namespace
 
 void addExport(CLI::App& app, Work& work, std::span<char* const> given) {
-    CLI::App& verb = addVerb(app, "export", "--format FORMAT -o PATH [OPTION...] RECORD",
-                             "Write records in other formats");
+    Verb verb(app, "export", "--format FORMAT -o PATH [OPTION...] RECORD",
+              "Write records in other formats");
     const auto arguments = std::make_shared<Arguments>();
     const auto selection = std::make_shared<Selection>();
-    addRecords(verb, *arguments, false);
-    addOption(verb, "Output", "--format", "FORMAT", arguments->format, "netcdf or xml")
-        ->check(CLI::IsMember({"netcdf", "xml"}))
-        ->required();
-    addNetcdfKind(verb, *arguments);
-    // Not asked for by its name afterwards, which aborts where there is no memory.
-    addOutput(verb, *arguments)
-        ->option_text("PATH")
-        ->description("Write to this file, or folder of xml, which must\nbe new");
+    verb.addOperands("RECORD", false, arguments->records);
+    verb.addChoice({"Output", "--format", "FORMAT", "netcdf or xml"}, arguments->format,
+                   {"netcdf", "xml"}, true);
+    verb.addNetcdfKind(*arguments);
+    verb.addOutput(*arguments, "PATH", "Write to this file, or folder of xml, which must\nbe new");
     selection->addTo(verb);
-    addReading(verb, *arguments);
-    endVerb(verb, footer, [arguments, selection, &work, given] {
+    verb.addReading(*arguments);
+    verb.end(footer, [arguments, selection, &work, given] {
         work = [arguments, selection, given] {
             if (arguments->format == "netcdf") {
                 becomeNetcdfProgram(given);

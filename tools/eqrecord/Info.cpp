@@ -54,13 +54,12 @@ int tellInfo(const Arguments& arguments) {
 }  // namespace
 
 void addInfo(CLI::App& app, Work& work) {
-    CLI::App& verb = addVerb(app, "info", "[OPTION...] RECORD...", "Tell what records consist of");
+    Verb verb(app, "info", "[OPTION...] RECORD...", "Tell what records consist of");
     const auto arguments = std::make_shared<Arguments>();
-    addRecords(verb, *arguments, true);
-    addFormat(verb, *arguments, {"text", "json"});
-    addReading(verb, *arguments);
-    endVerb(verb, footer,
-            [arguments, &work] { work = [arguments] { return tellInfo(*arguments); }; });
+    verb.addOperands("RECORD", true, arguments->records);
+    verb.addFormat(*arguments, {"text", "json"});
+    verb.addReading(*arguments);
+    verb.end(footer, [arguments, &work] { work = [arguments] { return tellInfo(*arguments); }; });
 }
 
 }  // namespace eqrecord

@@ -232,26 +232,27 @@ int plot(const PlotArguments& arguments) {
 }  // namespace
 
 void addPlot(CLI::App& app, Work& work) {
-    CLI::App& verb =
-        addVerb(app, "plot", "[OPTION...] [-o FILE] RECORD", "Draw coefficients, or differences");
+    Verb verb(app, "plot", "[OPTION...] [-o FILE] RECORD", "Draw coefficients, or differences");
     const auto arguments = std::make_shared<PlotArguments>();
     Arguments& common = arguments->common;
-    addRecords(verb, common, false);
+    verb.addOperands("RECORD", false, common.records);
     constexpr const char* group = "Picture";
-    addOption(verb, group, "--against", "RECORD", arguments->against,
-              "Draw RECORD minus this one; configurations\nare matched by band and label");
-    verb.add_flag("--outliers", arguments->marksOutliers,
-                  "Mark values far from the median of their\nneighbours of the same parity")
-        ->group(group);
+    verb.addOption(
+        {group, "--against", "RECORD",
+         "Draw RECORD minus this one; configurations\nare matched by band and label"},
+        [arguments = arguments.get()](const std::string& path) { arguments->against = path; });
+    verb.addFlag(group, "--outliers", arguments->marksOutliers,
+                 "Mark values far from the median of their\nneighbours of the same parity");
     arguments->selection.addTo(verb);
     common.format.clear();
-    addOption(verb, "Output", "--format", "FORMAT", common.format,
-              "svg, png, pdf, text or gnuplot, which is the\nscript for gnuplot (default: what the "
-              "ending of\nFILE tells; text without -o)")
-        ->check(CLI::IsMember({"svg", "png", "pdf", "text", "gnuplot"}));
-    addOutput(verb, common);
-    addReading(verb, common);
-    endVerb(verb, footer, [arguments, &work] { work = [arguments] { return plot(*arguments); }; });
+    verb.addChoice(
+        {"Output", "--format", "FORMAT",
+         "svg, png, pdf, text or gnuplot, which is the\nscript for gnuplot (default: what the "
+         "ending of\nFILE tells; text without -o)"},
+        common.format, {"svg", "png", "pdf", "text", "gnuplot"});
+    verb.addOutput(common);
+    verb.addReading(common);
+    verb.end(footer, [arguments, &work] { work = [arguments] { return plot(*arguments); }; });
 }
 
 }  // namespace eqrecord

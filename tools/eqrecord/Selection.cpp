@@ -3,13 +3,13 @@
 
 #include "tools/eqrecord/Selection.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 #include <string_view>
 
 #include "record/Layout.h"
 #include "tools/companion/Program.h"
+#include "tools/eqrecord/Verb.h"
 
 namespace eqrecord {
 
@@ -57,27 +57,20 @@ std::string readRange(std::string_view text, std::size_t least, std::size_t most
 
 /// Adds an option that takes ranges and throws what is wrong with them.
 template <class Range>
-void addRanges(CLI::App& verb, const char* name, const char* valueName, std::size_t least,
+void addRanges(Verb& verb, const char* name, const char* valueName, std::size_t least,
                std::size_t most, std::vector<Range>& ranges, const char* text) {
-    verb.add_option_function<std::string>(
-            name,
-            [=, &ranges](const std::string& value) {
-                ranges.clear();
-                for (const std::string_view piece : piecesOf(value)) {
-                    const std::string wrong = readRange(piece, least, most, ranges.emplace_back());
-                    if (!wrong.empty()) {
-                        throw companion::UsageError(std::string(name) + ": " + wrong);
-                    }
-                }
-                if (std::string_view(valueName).find(',') == std::string_view::npos &&
-                    ranges.size() > 1) {
-                    throw companion::UsageError(std::string(name) + ": one range at most");
-                }
-            },
-            text)
-        ->type_name(valueName)
-        ->option_text(valueName)
-        ->group(group);
+    verb.addOption({group, name, valueName, text}, [=, &ranges](const std::string& value) {
+        ranges.clear();
+        for (const std::string_view piece : piecesOf(value)) {
+            const std::string wrong = readRange(piece, least, most, ranges.emplace_back());
+            if (!wrong.empty()) {
+                throw companion::UsageError(std::string(name) + ": " + wrong);
+            }
+        }
+        if (std::string_view(valueName).find(',') == std::string_view::npos && ranges.size() > 1) {
+            throw companion::UsageError(std::string(name) + ": one range at most");
+        }
+    });
 }
 
 template <class Range>
@@ -103,25 +96,17 @@ void readKinds(const std::string& value, std::vector<int>& kinds) {
 
 }  // namespace
 
-void Selection::addTo(CLI::App& verb) {
+void Selection::addTo(Verb& verb) {
     constexpr std::size_t mostFiles = 999'999'999;
     constexpr std::size_t mostPixels = 32767;
     addRanges(verb, "--file", "N[-N][,...]", 1, mostFiles, files_, "Files, by their number");
     addRanges(verb, "--band", "N[-N][,...]", 0, 255, bands_, "Files, by their band");
-    verb.add_option("--configuration", labels_, "Configurations; may be given several times")
-        ->type_name("LABEL")
-        ->option_text("LABEL")
-        ->group(group)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    verb.addMany({group, "--configuration", "LABEL", "Configurations; may be given several times"},
+                 false, labels_);
     addRanges(verb, "--detector", "N[-N][,...]", 1, record::detectorCount, detectors_,
               "Detectors, 1 to 12");
-    verb.add_option_function<std::string>(
-            "--kind", [this](const std::string& value) { readKinds(value, kinds_); },
-            "Kinds of coefficient: A1, A2, ZS, D")
-        ->type_name("KIND[,...]")
-        ->option_text("KIND[,...]")
-        ->group(group);
+    verb.addOption({group, "--kind", "KIND[,...]", "Kinds of coefficient: A1, A2, ZS, D"},
+                   [this](const std::string& value) { readKinds(value, kinds_); });
     addRanges(verb, "--pixel", "N[-N]", 1, mostPixels, pixels_, "Pixels, from 1");
 }
 

@@ -5,9 +5,10 @@
 #include <vector>
 
 #include "record/Reading.h"
-#include "tools/companion/CommandLineFwd.h"
 
 namespace eqrecord {
+
+class Verb;
 
 /// One configuration of a record, and the file that it belongs to. Both belong to the reading.
 struct Block {
@@ -22,7 +23,7 @@ class Selection {
   public:
     /// Adds --file, --band, --configuration, --detector, --kind and --pixel. The selection has to
     /// outlive the parsing.
-    void addTo(CLI::App& verb);
+    void addTo(Verb& verb);
 
     /// The selected configurations in their order. Throws companion::UsageError when options choose
     /// among them, or among their pixels, and none is left.

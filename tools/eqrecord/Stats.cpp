@@ -119,42 +119,42 @@ int tellStats(const Options& options) {
                                                    : companion::nothingFound;
 }
 
-void addOutliers(CLI::App& verb, Options& options) {
-    constexpr const char* group = "Outliers";
-    constexpr int mostPixels = 32767;
-    verb.add_flag("--outliers", options.showsOutliers, "Show them, too; so do the options below")
-        ->group(group);
-    addOption(verb, group, "--sigma", "S", options.rule.sigma,
-              "How far off they are, in standard\ndeviations of noise (default 6)")
-        ->check(finiteNumber(true));
-    addOption(verb, group, "--window", "N", options.rule.window,
-              "How far away neighbours are at most,\nin pixels (default 24)")
-        ->check(CLI::Range(2, mostPixels));
-    verb.add_flag("--fail-on-outliers", options.failsOnOutliers, "End with 1 when there are any")
-        ->group(group);
-}
-
 /// An option that says what outliers are, or what to do about them, would mean nothing without
 /// them.
-bool wantsOutliers(const CLI::App& verb) {
-    return verb.count("--outliers") + verb.count("--sigma") + verb.count("--window") +
-               verb.count("--fail-on-outliers") >
-           0;
+void addOutliers(Verb& verb, Options& options) {
+    constexpr const char* group = "Outliers";
+    constexpr std::uint64_t mostPixels = 32767;
+    verb.addFlag(group, "--outliers", options.showsOutliers,
+                 "Show them, too; so do the options below");
+    verb.addReal({group, "--sigma", "S",
+                  "How far off they are, in standard\ndeviations of noise (default 6)"},
+                 true, [&options](double sigma) {
+                     options.rule.sigma = sigma;
+                     options.showsOutliers = true;
+                 });
+    verb.addWhole(
+        {group, "--window", "N", "How far away neighbours are at most,\nin pixels (default 24)"}, 2,
+        mostPixels, [&options](std::uint64_t window) {
+            options.rule.window = window;
+            options.showsOutliers = true;
+        });
+    verb.addFlag(group, "--fail-on-outliers", options.failsOnOutliers,
+                 "End with 1 when there are any");
 }
 
 }  // namespace
 
 void addStats(CLI::App& app, Work& work) {
-    CLI::App& verb = addVerb(app, "stats", "[OPTION...] RECORD",
-                             "Tell figures of a record's vectors, and their outliers");
+    Verb verb(app, "stats", "[OPTION...] RECORD",
+              "Tell figures of a record's vectors, and their outliers");
     const auto options = std::make_shared<Options>();
-    addRecords(verb, options->arguments, false);
+    verb.addOperands("RECORD", false, options->arguments.records);
     options->selection.addTo(verb);
     addOutliers(verb, *options);
-    addFormat(verb, options->arguments, {"text", "json", "csv"});
-    addReading(verb, options->arguments);
-    endVerb(verb, footer, [options, &verb, &work] {
-        options->showsOutliers = wantsOutliers(verb);
+    verb.addFormat(options->arguments, {"text", "json", "csv"});
+    verb.addReading(options->arguments);
+    verb.end(footer, [options, &work] {
+        options->showsOutliers = options->showsOutliers || options->failsOnOutliers;
         work = [options] { return tellStats(*options); };
     });
 }
