@@ -1,0 +1,22 @@
+# find_package(eqconvert COMPONENTS vek markup record) gives eqconvert::vek, eqconvert::markup and
+# eqconvert::record; without components those that are installed.
+
+set(_eqconvert_components ${eqconvert_FIND_COMPONENTS})
+if(NOT _eqconvert_components)
+    set(_eqconvert_components vek markup record)
+    set(_eqconvert_is_any ON)
+endif()
+foreach(_eqconvert_component IN LISTS _eqconvert_components)
+    set(_eqconvert_file ${CMAKE_CURRENT_LIST_DIR}/eqconvert-${_eqconvert_component}.cmake)
+    if(EXISTS ${_eqconvert_file})
+        include(${_eqconvert_file})
+        set(eqconvert_${_eqconvert_component}_FOUND TRUE)
+    elseif(NOT _eqconvert_is_any AND eqconvert_FIND_REQUIRED_${_eqconvert_component})
+        set(eqconvert_FOUND FALSE)
+        set(eqconvert_NOT_FOUND_MESSAGE "there is no component ${_eqconvert_component}")
+    endif()
+endforeach()
+unset(_eqconvert_components)
+unset(_eqconvert_component)
+unset(_eqconvert_file)
+unset(_eqconvert_is_any)
