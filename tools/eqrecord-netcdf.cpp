@@ -42,10 +42,10 @@ constexpr const char* footer =
     "  eqrecord-netcdf -o EQ.nc EQ.record\n"
     "  eqrecord-netcdf --band 4 --kind A1,D --netcdf-kind 64 -o EQ_B4.nc EQ.record";
 
-/// "eqrecord-netcdf 1.0.0, netCDF 4.9.0"; behind that the library tells when it was built.
+/// "eqrecord-netcdf 1.0.0 (with netCDF 4.9.0)"; behind that the library tells when it was built.
 std::string version() {
     const std::string library = ::nc_inq_libvers();
-    return std::string(ownVersion) + ", netCDF " + library.substr(0, library.find(' '));
+    return std::string(ownVersion) + " (with netCDF " + library.substr(0, library.find(' ')) + ")";
 }
 
 /// An argument as a shell would need it.
