@@ -26,6 +26,17 @@ setup() {
     "$root/scripts/setup-debian" "$@"
 }
 
+# Runs a command as root.
+as_root() {
+    if [ "$(id -u)" = 0 ]; then
+        "$@"
+    elif command -v sudo >/dev/null; then
+        sudo "$@"
+    else
+        fail "run this as root, or install sudo: $*"
+    fi
+}
+
 # configure PRESET [CMAKE-ARGUMENT...]: (re)configures build/PRESET.
 configure() {
     (cd "$root" && cmake --preset "$@") >&2

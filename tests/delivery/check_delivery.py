@@ -79,8 +79,9 @@ def main():
         check_values()
     for page in (ROOT / "man").glob("*.[15]"):
         assert not run("mandoc", "-T", "lint", "-W", "warning", page), page
-    newest = re.search(r"^## (\S+)", (ROOT / "CHANGES.md").read_text(), re.M)[1]
-    assert newest == VERSION, newest
+    for path, pattern in (("CHANGES.md", r"^## (\S+)"), ("debian/changelog", r"^eqconvert \((\S+)\)")):
+        newest = re.search(pattern, (ROOT / path).read_text(), re.M)[1]
+        assert newest == VERSION, (path, newest)
 
 
 main()
