@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Holds what comes with the programs against them: the pages of the manual, the completion, the version.
 usage: check_delivery.py BUILD VERSION"""
-import pathlib, re, subprocess, sys
+import json, pathlib, re, subprocess, sys, tempfile
 
 BUILD, VERSION = pathlib.Path(sys.argv[1]).resolve(), sys.argv[2]
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -14,13 +14,27 @@ COMPLETIONS = [
     (["eqrecord", "dump", "--format", ""], "csv json text"),
     (["eqrecord", "dump", "RECORD", "--band", ""], "4"),
     (["eqrecord", "dump", "RECORD", "--configuration", "A"], "ALL"),
+    (["eqrecord", "diff", "--match", ""], "band name position"),
+    (["eqrecord", "plot", "--format", "p"], "pdf png"),
+    (["eqrecord", "export", "--netcdf-kind", ""], "4 64"),
     (["eqrecord", "stats", "--kind", "A1,Z"], "A1,ZS"),
     (["eqlint", "--only", "EQ101,EQ10"], "EQ101,EQ101 EQ101,EQ102 EQ101,EQ103 EQ101,EQ104 EQ101,EQ105"),
+    (["eqlint", "--explain", "EQ101,EQ10"], ""),
     (["eqlint", "--color", "a"], "always auto"),
 ]
+# The same for a label whose characters mean something to the shell, in a file with a blank in its name.
+LABEL = "A $(B)"
+QUOTED = [
+    ('"%s"', "'A ", "A $(B)"),
+    ("'%s'", '"A ', "A \\$(B)"),
+    ("'%s'", "A\\ ", "A\\ \\$\\(B\\)"),
+]
 MEMBERS_ZSH = """
-source <(sed '$d' "$1"); _eqconvert_command=("$2"); words=("$2" info "$3"); CURRENT=4
+source <(sed '$d' "$1"); _eqconvert_command=("$2"); words=("$2" info "${(q)3}"); CURRENT=4
 _eqconvert_members $4; print -l -- $reply
+"""
+CHOICES_ZSH = """
+source <(sed '$d' "$1"); _eqconvert_command=("$2" "$3"); _eqconvert_choices "$4"; print -l -- $reply
 """
 ASK_ZSH = """
 source <(sed '$d' "$1"); shift; _eqconvert_specs "$@"; print -l -- $reply
@@ -49,23 +63,39 @@ def check_program(program, verbs):
     for command in [[program]] + [[program, verb] for verb in verbs]:
         options = told_by_help(run(*command, "--help"))
         known |= options
-        completed = run("bash", "-c", COMPLETE, "bash", ROOT / "completion/eqconvert.bash", *command, "--")
-        assert set(completed.split()) == {name for name in options if name.startswith("--")}, (command, completed)
-        specs = run("zsh", "-fc", ASK_ZSH, "zsh", ROOT / "completion/_eqconvert", *command)
-        assert set(re.findall(r"^(-[^[]+)\[", specs, re.M)) == options, (command, specs)
+        completed = complete_bash(*command, "--")
+        assert set(completed) == {name for name in options if name.startswith("--")}, (command, completed)
+        specs = "\n".join(zsh(ASK_ZSH, *command))
+        assert set(re.findall(r"^\*?(-[^[]+)\[", specs, re.M)) == options, (command, specs)
     page = told_by_page(ROOT / f"man/{program.name}.1")
     assert page == known, (program.name, page ^ known)
 
 
-def check_values():
-    record = ROOT / "samples/EQ_B4.record"
+def complete_bash(*line):
+    return run("bash", "-c", COMPLETE, "bash", ROOT / "completion/eqconvert.bash", *line).splitlines()
+
+
+def zsh(script, *arguments):
+    return run("zsh", "-fc", script, "zsh", ROOT / "completion/_eqconvert", *arguments).splitlines()
+
+
+def check_values(program, record):
     for words, expected in COMPLETIONS:
         line = [BUILD / words[0]] + [record if word == "RECORD" else word for word in words[1:]]
-        completed = run("bash", "-c", COMPLETE, "bash", ROOT / "completion/eqconvert.bash", *line)
-        assert sorted(completed.split()) == expected.split(), (words, completed)
-    for member, expected in (("band", "4"), ("label", "ALL")):
-        told = run("zsh", "-fc", MEMBERS_ZSH, "zsh", ROOT / "completion/_eqconvert", BUILD / "eqrecord", record, member)
-        assert told.split() == [expected], (member, told)
+        assert sorted(filter(None, complete_bash(*line))) == expected.split(), words
+        if len(words) == 4 and not words[3]:
+            assert sorted(zsh(CHOICES_ZSH, program, *words[1:3])) == expected.split(), words
+
+
+def check_labels(program, record, folder):
+    description = run(program, "dump", "--format", "json", record).replace('"ALL"', json.dumps(LABEL))
+    (folder / "json").write_text(description)
+    spaced = folder / "a b.record"
+    run(program, "build", "-o", spaced, folder / "json")
+    for name, current, expected in QUOTED:
+        assert complete_bash(program, "dump", name % spaced, "--configuration", current) == [expected], current
+    for member, expected in (("band", "4"), ("label", LABEL)):
+        assert zsh(MEMBERS_ZSH, program, spaced, member) == [expected], member
 
 
 def main():
@@ -76,7 +106,9 @@ def main():
         check_program(program, verbs)
         assert run(program, "--version").split()[:2] == [program.name, VERSION]
     if (BUILD / "eqrecord").exists():
-        check_values()
+        with tempfile.TemporaryDirectory() as folder:
+            check_values(BUILD / "eqrecord", ROOT / "samples/EQ_B4.record")
+            check_labels(BUILD / "eqrecord", ROOT / "samples/EQ_B4.record", pathlib.Path(folder))
     for page in (ROOT / "man").glob("*.[15]"):
         assert not run("mandoc", "-T", "lint", "-W", "warning", page), page
     for path, pattern in (("CHANGES.md", r"^## (\S+)"), ("debian/changelog", r"^eqconvert \((\S+)\)")):
