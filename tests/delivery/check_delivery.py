@@ -51,9 +51,8 @@ def told_by_help(text):
     return set(re.findall(r"^  (-[^ ,]+)", text, re.M))
 
 
-# The options of a page: what follows Fl, up to the next macro.
-def told_by_page(page):
-    text = page.read_text()
+# The options of a page, or a part: what follows Fl, up to the next macro.
+def told_by_page(text):
     return {"-" + name for names in re.findall(r"\bFl ((?:[a-z0-9-]+(?: [|,] )?)+)", text) for name in re.split(" [|,] ", names)}
 
 
@@ -67,8 +66,9 @@ def check_program(program, verbs):
         assert set(completed) == {name for name in options if name.startswith("--")}, (command, completed)
         specs = "\n".join(zsh(ASK_ZSH, *command))
         assert set(re.findall(r"^\*?(-[^[]+)\[", specs, re.M)) == options, (command, specs)
-    page = told_by_page(ROOT / f"man/{program.name}.1")
-    assert page == known, (program.name, page ^ known)
+    page = (ROOT / f"man/{program.name}.1").read_text()
+    for text in (page, "\n".join(re.findall(r"^\.It .*", page, re.M))):
+        assert told_by_page(text) == known, (program.name, told_by_page(text) ^ known)
 
 
 def complete_bash(*line):
