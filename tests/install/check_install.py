@@ -49,6 +49,9 @@ with tempfile.TemporaryDirectory() as folder:
     check_pkg_config(prefix, work)
     programs = list((prefix / "bin").iterdir())
     assert len(programs) >= 3, programs
+    # What comes with a program comes with those that are there.
+    for folder, ending in (("share/man/man1", ".1"), ("share/bash-completion/completions", "")):
+        assert {path.name for path in (prefix / folder).iterdir()} == {program.name + ending for program in programs}, folder
     if not FLAGS:
         for program in programs:
             check_hardening(program)
