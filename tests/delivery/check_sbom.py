@@ -22,6 +22,13 @@ def installed_files(package, document):
     return {path for path in files if path.is_file() and not path.is_symlink()}
 
 
+# The one file that is not told is excepted from the code of the others.
+def check_code(code, files, own):
+    sums = sorted(sum["checksumValue"] for file in files for sum in file["checksums"] if sum["algorithm"] == "SHA1")
+    assert code["packageVerificationCodeValue"] == hashlib.sha1("".join(sums).encode()).hexdigest(), own
+    assert code["packageVerificationCodeExcludedFiles"] == [f"./{own.relative_to(ROOT)}"], code
+
+
 def check_files(files, paths):
     told = {ROOT / file["fileName"][2:]: {sum["algorithm"]: sum["checksumValue"] for sum in file["checksums"]}
             for file in files}
@@ -46,6 +53,7 @@ def check(package):
     assert own["versionInfo"] == version_of(package, f"--admindir={ROOT}/var/lib/dpkg"), own
     for part in parts:
         assert part["versionInfo"] == version_of(part["name"]), part
+    check_code(own["packageVerificationCode"], document["files"], path)
     check_files(document["files"], installed_files(package, path))
     names = {thing["SPDXID"]: thing.get("name") or thing["fileName"] for thing in document["packages"] + document["files"]}
     assert len(names) == len(document["packages"] + document["files"])
