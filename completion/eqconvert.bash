@@ -68,13 +68,13 @@ _eqconvert_join() {
 # Prints all values of a member of what is told of the records on the command line, one a line.
 _eqconvert_members() {
     local member=$1 word bare
+    local -a records=()
     for word in "${words[@]:1}"; do
         _eqconvert_unquote "$word"
-        if [ -f "$bare" ]; then
-            "$program" info --format json -- "$bare" 2>/dev/null |
-                grep -oE "\"$member\": (\"[^\"\\\\]*\"|[0-9]+)" | sed -E "s/^\"$member\": \"?//; s/\"\$//" | sort -u
-        fi
+        [ ! -f "$bare" ] || records+=("$bare")
     done
+    [ ${#records[@]} = 0 ] || "$program" info --format json -- "${records[@]}" 2>/dev/null |
+        grep -oE "\"$member\": (\"[^\"\\\\]*\"|[0-9]+)" | sed -E "s/^\"$member\": \"?//; s/\"\$//" | sort -u
 }
 
 # Replies with those of the values, one a line, that begin as the current word does, in its quotes;
