@@ -134,4 +134,4 @@ _eqconvert() {
 
 # eqconvert has no options to tell.
 complete -o default -F _eqconvert eqlint eqrecord eqrecord-netcdf eqrecode vekcat
-complete -f -X '!*.@(xml|XML)' -o plusdirs eqconvert
+complete -f -X '!*.[xX][mM][lL]' -o plusdirs eqconvert

@@ -8,6 +8,10 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 COMPLETE = """
 source "$1"; shift; COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)); _eqconvert; printf '%s\\n' "${COMPREPLY[@]}"
 """
+# As what stands for eqconvert does, without a function.
+COMPLETE_FILE = """
+source "$1"; eval "$(complete -p eqconvert | sed 's/^complete/compgen/; s/eqconvert$//')" '"$2"'
+"""
 # What stands on the line, and what its last word can become.
 COMPLETIONS = [
     (["eqrecord", ""], "build check diff dump export info plot stats"),
@@ -87,6 +91,11 @@ def check_values(program, record):
             assert sorted(zsh(CHOICES_ZSH, program, *words[1:3])) == expected.split(), words
 
 
+def check_files():
+    told = run("bash", "-c", COMPLETE_FILE, "bash", ROOT / "completion/eqconvert.bash", ROOT / "samples/EQ_B4")
+    assert told.split() == [str(ROOT / "samples/EQ_B4.xml")], told
+
+
 def check_labels(program, record, folder):
     description = run(program, "dump", "--format", "json", record).replace('"ALL"', json.dumps(LABEL))
     (folder / "json").write_text(description)
@@ -105,6 +114,7 @@ def main():
         verbs = re.findall(r"^  ([a-z]+) ", help_text.partition("Subcommands:\n")[2].partition("\n\n")[0], re.M)
         check_program(program, verbs)
         assert run(program, "--version").split()[:2] == [program.name, VERSION]
+    check_files()
     if (BUILD / "eqrecord").exists():
         with tempfile.TemporaryDirectory() as folder:
             check_values(BUILD / "eqrecord", ROOT / "samples/EQ_B4.record")
