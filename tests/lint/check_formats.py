@@ -37,7 +37,7 @@ MANNERS = [
     ("--expect bands.json clean.xml", 1, "EQ812"), ("--expect key.json clean.xml", 2, "^eqlint: key.json: /bandz: "),
     ("--expect type.json clean.xml", 2, "type.json: /bands/1: "), ("--expect pixels.json clean.xml", 2, "/pixels/four: "),
     ("--expect broken.json clean.xml", 2, "line 1"), ("--expect missing.json clean.xml", 2, "No such file"),
-    ("-o taken faulty.xml", 2, "taken"), ("-o none/out faulty.xml", 2, "No such file"), ("-o /dev/full faulty.xml", 2, "No space"),
+    ("-o taken faulty.xml", 2, "taken"), ("-o none/out faulty.xml", 2, "No such file"), ("-o /dev/full faulty.xml", 2, "/dev/full: No space"),
     ("-o new faulty.xml", 1, "^$"), ("-o - faulty.xml", 1, "EQ701"), ("-o taken --overwrite faulty.xml", 1, "^$"),
 ]
 

@@ -19,8 +19,8 @@ namespace companion {
 
 namespace {
 
-[[noreturn]] void fail(const std::string& what) {
-    throw std::system_error(errno, std::generic_category(), what);
+[[noreturn]] void fail(std::string_view what) {
+    throw std::system_error(errno, std::generic_category(), std::string(what));
 }
 
 bool awaitRoom(int descriptor) {
@@ -50,7 +50,8 @@ void takeOver(int descriptor, const struct stat& old) {
 
 }  // namespace
 
-DescriptorBuffer::DescriptorBuffer(int descriptor) : descriptor_(descriptor) {
+DescriptorBuffer::DescriptorBuffer(int descriptor, std::string_view failure)
+    : descriptor_(descriptor), failure_(failure) {
     setp(buffer_.data(), buffer_.data() + buffer_.size());
 }
 
@@ -70,7 +71,7 @@ int DescriptorBuffer::sync() {
         if (written > 0) {
             next += written;
         } else if (written == 0 || (errno == EAGAIN ? !awaitRoom(descriptor_) : errno != EINTR)) {
-            fail("cannot write the output");
+            fail(failure_);
         }
     }
     return 0;
@@ -78,9 +79,10 @@ int DescriptorBuffer::sync() {
 
 OutputFile::OutputFile(std::string path, bool overwrites)
     : path_(std::move(path)),
+      failure_(path_ == "-" ? "cannot write the output" : path_),
       overwrites_(overwrites),
       descriptor_(open()),
-      buffer_(descriptor_),
+      buffer_(descriptor_, failure_),
       stream_(&buffer_) {
     stream_.exceptions(std::ios::badbit);  // lets the buffer's exceptions through
 }
@@ -135,7 +137,7 @@ bool OutputFile::isTerminal() const {
 void OutputFile::close() {
     // Closed even when that fails; a file system over a network tells only here that it is full.
     if (const int descriptor = std::exchange(descriptor_, -1); ::close(descriptor) != 0) {
-        fail("cannot write the output");
+        fail(failure_);
     }
 }
 

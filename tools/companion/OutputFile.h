@@ -12,8 +12,8 @@ namespace companion {
 /// doesn't block is waited for.
 class DescriptorBuffer : public std::streambuf {
   public:
-    /// The descriptor is not owned.
-    explicit DescriptorBuffer(int descriptor);
+    /// Neither is owned. `failure` is what exceptions say before the system's text.
+    DescriptorBuffer(int descriptor, std::string_view failure);
 
   protected:
     int_type overflow(int_type c) override;
@@ -21,6 +21,7 @@ class DescriptorBuffer : public std::streambuf {
 
   private:
     int descriptor_;
+    std::string_view failure_;
     std::array<char, std::size_t{1} << 16> buffer_;
 };
 
@@ -59,6 +60,7 @@ class OutputFile {
     void close();
 
     std::string path_;
+    std::string failure_;  ///< what is said when it can't be written: the path as it was given
     bool overwrites_;
     std::string temporary_;  ///< "" when nothing has to be renamed
     int descriptor_;

@@ -15,19 +15,25 @@
 
 namespace eqrecode {
 
+namespace {
+
+constexpr const char* name = "a file in memory";  // in messages
+
+}  // namespace
+
 MemoryFile::MemoryFile(std::string_view content)
     : descriptor_(::memfd_create("eqrecode", MFD_CLOEXEC)) {
     if (descriptor_ < 0) {
-        throw std::system_error(errno, std::generic_category(), "a file in memory");
+        throw std::system_error(errno, std::generic_category(), name);
     }
     try {
-        companion::DescriptorBuffer buffer(descriptor_);
+        companion::DescriptorBuffer buffer(descriptor_, name);
         std::ostream stream(&buffer);
         stream.exceptions(std::ios::badbit);
         stream << content << std::flush;
-    } catch (const std::system_error& error) {
+    } catch (...) {
         ::close(descriptor_);
-        throw std::system_error(error.code(), "a file in memory");
+        throw;
     }
 }
 
@@ -41,7 +47,7 @@ std::string MemoryFile::path() const {
 
 std::string MemoryFile::content() const {
     ::lseek(descriptor_, 0, SEEK_SET);
-    return readToEnd(descriptor_, "a file in memory");
+    return readToEnd(descriptor_, name);
 }
 
 }  // namespace eqrecode

@@ -12,7 +12,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -143,13 +142,9 @@ Result readAndConvert(const Job& job) {
 }
 
 void write(const std::string& path, const std::string& bytes) {
-    try {
-        companion::OutputFile output(path, true);
-        output.stream() << bytes;
-        output.commit();
-    } catch (const std::system_error& error) {
-        throw std::system_error(error.code(), path);
-    }
+    companion::OutputFile output(path, true);
+    output.stream() << bytes;
+    output.commit();
 }
 
 int recode(const Job& job) {

@@ -147,7 +147,7 @@ Descriptor fileInMemory(const std::function<void(std::ostream&)>& write) {
     if (file.number() < 0) {
         fail("cannot keep the script");
     }
-    companion::DescriptorBuffer buffer(file.number());
+    companion::DescriptorBuffer buffer(file.number(), "cannot keep the script");
     std::ostream stream(&buffer);
     stream.exceptions(std::ios::badbit);
     write(stream);
